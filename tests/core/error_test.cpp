@@ -1,0 +1,149 @@
+#include "core/error.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+namespace {
+
+class ErrorBuffer : public ::testing::Test {
+protected:
+    void SetUp() override { ov_error_clear(); }
+    void TearDown() override { ov_error_clear(); }
+};
+
+TEST_F(ErrorBuffer, EmptyBufferReadsAsEmptyTextNeverNull)
+{
+    ASSERT_NE(ov_error_get(), nullptr);
+    EXPECT_STREQ(ov_error_get(), "");
+    ov_error_set("x");
+    ov_error_clear();
+    EXPECT_STREQ(ov_error_get(), "");
+}
+
+TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTop)
+{
+    ov_error_append("Cause.");
+    EXPECT_STREQ(ov_error_get(), "Cause.");
+    ov_error_append("Context.");
+    EXPECT_STREQ(ov_error_get(), "Context.\n\nCause.");
+    ov_error_append_utf8_printf("Could not open: %s", "a.template");
+    EXPECT_STREQ(ov_error_get(), "Could not open: a.template\n\nContext.\n\nCause.");
+}
+
+TEST_F(ErrorBuffer, SettersReplaceWholeText)
+{
+    ov_error_set("old");
+    ov_error_append("context");
+    ov_error_set_utf8_printf("Missing XML attribute: %s", "lang");
+    EXPECT_STREQ(ov_error_get(), "Missing XML attribute: lang");
+
+    const struct {
+        void (*set)();
+        const char *text;
+    } fixed[] = {
+        {ov_error_set_unknown, "An unknown program error has occured."},
+        {ov_error_set_file_io_reading, "File I/O error when reading file."},
+        {ov_error_set_file_io_reading_broken_file, "File I/O error when reading file: The file is broken."},
+        {ov_error_set_file_io_writing, "File I/O error when writing to file."},
+        {ov_error_set_not_enough_diskspace, "There is not enough disk space on this computer."},
+        {ov_error_set_out_of_memory, "The program has run out of memory."},
+    };
+    for (const auto &row : fixed) {
+        ov_error_append("earlier");
+        row.set();
+        EXPECT_STREQ(ov_error_get(), row.text);
+    }
+}
+
+TEST_F(ErrorBuffer, OutOfMemoryFlagFollowsLastReplacementThroughAppends)
+{
+    ov_error_set_out_of_memory();
+    ov_error_append("Could not load the template.");
+    EXPECT_TRUE(ov_error_did_run_out_of_memory());
+
+    EXPECT_TRUE(ov_error_make_more_informative_if_out_of_memory());
+    EXPECT_TRUE(ov_error_did_run_out_of_memory());
+    const std::string informative = ov_error_get();
+    EXPECT_EQ(informative.rfind("The program has run out of memory.\n\nSuggestion: Consider", 0), 0u);
+    EXPECT_NE(informative.find("\ncomputer simultaneously."), std::string::npos);
+    EXPECT_EQ(informative.find("Could not load"), std::string::npos);
+
+    ov_error_set("Plain.");
+    EXPECT_FALSE(ov_error_did_run_out_of_memory());
+    EXPECT_FALSE(ov_error_make_more_informative_if_out_of_memory());
+    EXPECT_STREQ(ov_error_get(), "Plain.");
+
+    ov_error_set_informative_out_of_memory();
+    EXPECT_TRUE(ov_error_did_run_out_of_memory());
+    ov_error_clear();
+    EXPECT_FALSE(ov_error_did_run_out_of_memory());
+}
+
+TEST_F(ErrorBuffer, LineLimitCutsAfterNthFeedAndDropsTheRunBeforeIt)
+{
+    const struct {
+        const char *text;
+        int limit;
+        const char *expected;
+    } cases[] = {
+        {"l1\nl2\n\n\nl5", 3, "l1\nl2\n\n(Error message truncated.)"},
+        {"l1\nl2\n", 2, "l1\nl2\n\n(Error message truncated.)"},
+        {"l1\nl2", 2, "l1\nl2"},
+        {"l1\nl2", 5, "l1\nl2"},
+        {"l1\nl2", 0, "\n\n(Error message truncated.)"},
+        {"l1\nl2", -1, "l1\nl2"},
+    };
+    for (const auto &c : cases) {
+        ov_error_set(c.text);
+        ov_error_limit_line_count(c.limit);
+        EXPECT_STREQ(ov_error_get(), c.expected) << "limit " << c.limit << " of " << c.text;
+    }
+    ov_error_clear();
+    ov_error_limit_line_count(3);
+    EXPECT_STREQ(ov_error_get(), "");
+}
+
+TEST_F(ErrorBuffer, ForeignErrorsAreTranslated)
+{
+    errno = ENOENT;
+    ov_error_set_from_errno();
+    EXPECT_EQ(std::string(ov_error_get()), std::string("Error 2: ") + g_strerror(ENOENT));
+
+    GError *error = g_error_new_literal(G_FILE_ERROR, 4, "Broken");
+    ov_error_set_from_gerror_and_free(error);
+    EXPECT_STREQ(ov_error_get(), "GError 4: Broken");
+
+    ov_error_set_from_zip_error_code(ZIP_ER_NOENT);
+    EXPECT_STREQ(ov_error_get(), "No such file");
+    zip_error_t zip_error;
+    zip_error_init_with_code(&zip_error, ZIP_ER_NOZIP);
+    ov_error_set_from_zip_error(&zip_error);
+    EXPECT_STREQ(ov_error_get(), "Not a zip archive");
+    zip_error_fini(&zip_error);
+}
+
+TEST_F(ErrorBuffer, CairoStatusTable)
+{
+    const struct {
+        cairo_status_t status;
+        const char *text;
+        bool memory;
+    } cases[] = {
+        {CAIRO_STATUS_NO_MEMORY, "The program has run out of memory.", true},
+        {CAIRO_STATUS_READ_ERROR, "Error reading data.", false},
+        {CAIRO_STATUS_WRITE_ERROR, "Error writing data.", false},
+        {CAIRO_STATUS_FILE_NOT_FOUND, "File not found error.", false},
+        {CAIRO_STATUS_PNG_ERROR, "PNG error.", false},
+        {static_cast<cairo_status_t>(19), "An internal error in the graphics subsystem occurred.", false},
+        {CAIRO_STATUS_SUCCESS, "An internal error in the graphics subsystem occurred.", false},
+    };
+    for (const auto &c : cases) {
+        ov_error_set_from_cairo_status(c.status);
+        EXPECT_STREQ(ov_error_get(), c.text);
+        EXPECT_EQ(static_cast<bool>(ov_error_did_run_out_of_memory()), c.memory);
+    }
+}
+
+} // namespace

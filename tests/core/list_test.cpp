@@ -1,0 +1,141 @@
+#include "core/list.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+struct Node {
+    int value = 0;
+    Node *previous = nullptr;
+    Node *next = nullptr;
+};
+
+int destroyed = 0;
+
+void destroy_node(Node *node)
+{
+    ov::list_unlink(node);
+    ++destroyed;
+    delete node;
+}
+
+// The list as "v1 v2 v3", checked in both directions.
+std::string contents(const ov::SentinelList<Node> &list)
+{
+    std::string forward, backward;
+    for (Node *node : list)
+        forward += (forward.empty() ? "" : " ") + std::to_string(node->value);
+    for (Node *node = list.tail->previous; node != list.head; node = node->previous)
+        backward = std::to_string(node->value) + (backward.empty() ? "" : " ") + backward;
+    EXPECT_EQ(forward, backward) << "links disagree";
+    return forward;
+}
+
+struct ListTest : ::testing::Test {
+    ov::SentinelList<Node> list;
+    Node *nodes[3] = {};
+    void SetUp() override
+    {
+        destroyed = 0;
+        ov::list_init(list);
+        for (int i = 0; i < 3; ++i) {
+            nodes[i] = new Node{i + 1};
+            ov::list_append(list, nodes[i]);
+        }
+    }
+    void TearDown() override { ov::list_destroy(list, destroy_node); }
+};
+
+TEST(SentinelList, EmptyListHasJoinedSentinels)
+{
+    ov::SentinelList<Node> list;
+    ov::list_init(list);
+    EXPECT_TRUE(list.is_empty());
+    EXPECT_EQ(list.head->previous, nullptr);
+    EXPECT_EQ(list.tail->next, nullptr);
+    EXPECT_EQ(list.first(), nullptr);
+    EXPECT_EQ(list.last(), nullptr);
+    EXPECT_EQ(ov::list_count(list), 0u);
+    ov::list_destroy(list, destroy_node);
+    EXPECT_EQ(list.head, nullptr);
+}
+
+TEST_F(ListTest, InsertBeforeAndAfterEveryPosition)
+{
+    ov::list_insert_before(new Node{10}, nodes[0]);
+    ov::list_insert_after(new Node{11}, nodes[0]);
+    ov::list_insert_before(new Node{12}, nodes[2]);
+    ov::list_insert_after(new Node{13}, nodes[2]);
+    ov::list_prepend(list, new Node{14});
+    EXPECT_EQ(contents(list), "14 10 1 11 2 12 3 13");
+    EXPECT_EQ(list.first()->value, 14);
+    EXPECT_EQ(list.last()->value, 13);
+    EXPECT_EQ(ov::list_nth(list, 2)->value, 1);
+    EXPECT_EQ(ov::list_nth(list, 8), nullptr);
+}
+
+TEST_F(ListTest, IndexWalksBackToHead)
+{
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(ov::list_index(nodes[i]), static_cast<std::uint32_t>(i));
+    EXPECT_EQ(ov::list_count(list), 3u);
+}
+
+TEST_F(ListTest, UnlinkNullsLinksAndKeepsNeighboursJoined)
+{
+    for (int i : {1, 0, 2}) {
+        ov::list_unlink(nodes[i]);
+        EXPECT_EQ(nodes[i]->previous, nullptr);
+        EXPECT_EQ(nodes[i]->next, nullptr);
+    }
+    EXPECT_EQ(contents(list), "");
+    ov::list_unlink(nodes[0]); // unlinking twice is harmless
+    for (Node *node : nodes)
+        delete node;
+}
+
+TEST_F(ListTest, MovesRefuseAtTheEndsAndNeverWrap)
+{
+    EXPECT_FALSE(ov::list_move_up(nodes[0]));
+    EXPECT_FALSE(ov::list_move_down(nodes[2]));
+    EXPECT_EQ(contents(list), "1 2 3");
+    EXPECT_TRUE(ov::list_move_up(nodes[2]));
+    EXPECT_EQ(contents(list), "1 3 2");
+    EXPECT_TRUE(ov::list_move_down(nodes[0]));
+    EXPECT_EQ(contents(list), "3 1 2");
+    EXPECT_TRUE(ov::list_move_up(nodes[1]));
+    EXPECT_EQ(contents(list), "3 2 1");
+
+    ov::SentinelList<Node> single;
+    ov::list_init(single);
+    Node *only = new Node{7};
+    ov::list_append(single, only);
+    EXPECT_FALSE(ov::list_move_up(only));
+    EXPECT_FALSE(ov::list_move_down(only));
+    ov::list_destroy(single, destroy_node);
+}
+
+TEST_F(ListTest, DestroyFreesFromTheFrontAndCloneIsDeepAndOrdered)
+{
+    ov::SentinelList<Node> copy;
+    ov::list_init(copy);
+    EXPECT_TRUE(ov::list_clone_into(copy, list, [](const Node *n) { return new Node{n->value * 10}; }));
+    EXPECT_EQ(contents(copy), "10 20 30");
+    for (Node *node : copy)
+        for (Node *original : nodes)
+            EXPECT_NE(node, original);
+
+    int calls = 0;
+    EXPECT_FALSE(ov::list_clone_into(copy, list, [&](const Node *n) -> Node * {
+        return ++calls == 2 ? nullptr : new Node{n->value};
+    }));
+    EXPECT_EQ(contents(copy), "10 20 30 1");
+
+    ov::list_destroy(copy, destroy_node);
+    EXPECT_EQ(destroyed, 4);
+    EXPECT_EQ(contents(list), "1 2 3");
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+#include "core/raii.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+int freed = 0;
+void counting_free(int *value)
+{
+    ++freed;
+    delete value;
+}
+using Counted = ov::Owned<int, counting_free>;
+
+TEST(Raii, OwnedFreesOnceAndNeverNull)
+{
+    freed = 0;
+    {
+        Counted a(new int(1));
+        Counted empty;
+        Counted b(std::move(a));
+        Counted c(new int(2));
+        c.reset();
+        EXPECT_EQ(freed, 1);
+        int *raw = b.release();
+        Counted d(raw);
+    }
+    EXPECT_EQ(freed, 2);
+}
+
+TEST(Raii, OutParameterFillsOwner)
+{
+    ov::GErrorPtr error;
+    gchar *contents = nullptr;
+    EXPECT_FALSE(g_file_get_contents("/nonexistent/ov/file", &contents, nullptr, ov::out(error)));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain, G_FILE_ERROR);
+
+    ov::GStr text = ov::gstr(g_strdup("kept"));
+    EXPECT_STREQ(text.get(), "kept");
+}
+
+TEST(Raii, ObjectRefCountsReferences)
+{
+    GObject *object = G_OBJECT(g_object_new(G_TYPE_OBJECT, nullptr));
+    bool finalized = false;
+    g_object_weak_ref(object, [](gpointer flag, GObject *) { *static_cast<bool *>(flag) = true; },
+                      &finalized);
+    {
+        auto owner = ov::ObjectRef<GObject>::adopt(object);
+        auto second = ov::ObjectRef<GObject>::ref(object);
+        auto third = second;
+        EXPECT_EQ(object->ref_count, 3u);
+        third = ov::ObjectRef<GObject>();
+        EXPECT_EQ(object->ref_count, 2u);
+        auto moved = std::move(second);
+        EXPECT_EQ(object->ref_count, 2u);
+        EXPECT_FALSE(second);
+    }
+    EXPECT_TRUE(finalized);
+
+    GInitiallyUnowned *floating = G_INITIALLY_UNOWNED(g_object_new(G_TYPE_INITIALLY_UNOWNED, nullptr));
+    {
+        auto sunk = ov::ObjectRef<GInitiallyUnowned>::ref_sink(floating);
+        EXPECT_FALSE(g_object_is_floating(floating));
+        EXPECT_EQ(G_OBJECT(floating)->ref_count, 1u);
+    }
+}
+
+TEST(Raii, SourceGuardRemovesPendingSource)
+{
+    bool ran = false;
+    {
+        ov::SourceGuard guard(g_idle_add(
+            [](gpointer flag) -> gboolean {
+                *static_cast<bool *>(flag) = true;
+                return G_SOURCE_REMOVE;
+            },
+            &ran));
+    }
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    EXPECT_FALSE(ran);
+}
+
+} // namespace

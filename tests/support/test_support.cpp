@@ -1,0 +1,132 @@
+#include "support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <glib/gstdio.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+namespace ov::test {
+namespace {
+
+int allowed_depth = 0;
+int let_through = 0;
+
+GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields, gsize n_fields,
+                                  gpointer)
+{
+    if ((level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING | G_LOG_LEVEL_ERROR)) != 0) {
+        if (allowed_depth > 0 && (level & G_LOG_LEVEL_ERROR) == 0) {
+            ++let_through;
+            return G_LOG_WRITER_HANDLED;
+        }
+        const char *message = "";
+        for (gsize i = 0; i < n_fields; ++i)
+            if (g_strcmp0(fields[i].key, "MESSAGE") == 0 && fields[i].length < 0)
+                message = static_cast<const char *>(fields[i].value);
+        ADD_FAILURE() << "GLib logged: " << message;
+        return G_LOG_WRITER_HANDLED;
+    }
+    return g_log_writer_default(level, fields, n_fields, nullptr);
+}
+
+void remove_tree(const std::string &path)
+{
+    if (g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) &&
+        !g_file_test(path.c_str(), G_FILE_TEST_IS_SYMLINK)) {
+        if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
+            while (const char *name = g_dir_read_name(dir))
+                remove_tree(path + "/" + name);
+            g_dir_close(dir);
+        }
+        g_rmdir(path.c_str());
+    } else {
+        g_unlink(path.c_str());
+    }
+}
+
+} // namespace
+
+void install_log_handler()
+{
+    g_log_set_writer_func(fail_on_warnings, nullptr, nullptr);
+}
+
+ExpectLogMessages::ExpectLogMessages()
+{
+    ++allowed_depth;
+    let_through = 0;
+}
+
+ExpectLogMessages::~ExpectLogMessages() { --allowed_depth; }
+
+int ExpectLogMessages::count() const { return let_through; }
+
+TempDir::TempDir()
+{
+    char *made = g_dir_make_tmp("ov-test-XXXXXX", nullptr);
+    if (made != nullptr)
+        path_ = made;
+    g_free(made);
+}
+
+TempDir::~TempDir()
+{
+    if (!path_.empty())
+        remove_tree(path_);
+}
+
+std::string TempDir::file(std::string_view name) const
+{
+    return path_ + "/" + std::string(name);
+}
+
+void write_file(const std::string &path, std::string_view bytes)
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string read_file(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+bool file_exists(const std::string &path)
+{
+    return g_file_test(path.c_str(), G_FILE_TEST_EXISTS);
+}
+
+std::string fixture(std::string_view name)
+{
+    return std::string(OV_TEST_FILES_DIR) + "/" + std::string(name);
+}
+
+int run_in_child(const std::function<bool()> &body)
+{
+    std::fflush(nullptr);
+    const pid_t pid = fork();
+    if (pid == 0)
+        _exit(body() ? 0 : 1);
+    int status = 0;
+    if (pid < 0 || waitpid(pid, &status, 0) != pid)
+        return -1;
+    if (WIFSIGNALED(status))
+        return 128 + WTERMSIG(status);
+    return WEXITSTATUS(status);
+}
+
+void flush_events()
+{
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+}
+
+} // namespace ov::test

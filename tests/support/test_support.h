@@ -1,0 +1,53 @@
+// Helpers shared by the test suites.
+#pragma once
+
+#include <glib.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace ov::test {
+
+// Installs the GLib log writer that turns warnings and criticals into test
+// failures. Called once by each suite's main.
+void install_log_handler();
+
+// Lets the next GLib warnings or criticals pass without failing the test,
+// for tests of g_return_if_fail guards. Counts what it let through.
+class ExpectLogMessages {
+public:
+    ExpectLogMessages();
+    ~ExpectLogMessages();
+    int count() const;
+};
+
+// A fresh folder under /tmp, removed with its contents at the end of scope.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir &) = delete;
+    TempDir &operator=(const TempDir &) = delete;
+    const std::string &path() const { return path_; }
+    std::string file(std::string_view name) const;
+
+private:
+    std::string path_;
+};
+
+void write_file(const std::string &path, std::string_view bytes);
+std::string read_file(const std::string &path);
+bool file_exists(const std::string &path);
+// Path of a fixture in tests/files.
+std::string fixture(std::string_view name);
+
+// Runs body in a forked child and returns its exit status (the code, or
+// 128 + signal when it was killed). The child exits with 0 when body returns
+// true. Use for tests that change process-wide state for good.
+int run_in_child(const std::function<bool()> &body);
+
+// Runs pending main-loop events until none are left.
+void flush_events();
+
+} // namespace ov::test
