@@ -1,0 +1,1 @@
+// Tests of the module arrive with it.

@@ -1,0 +1,3 @@
+list(APPEND OV_GUI_TEST_SOURCES
+  widgets/gtk_smoke_test.cpp
+)
