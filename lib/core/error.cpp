@@ -139,7 +139,13 @@ void ov_error_set_from_gerror_and_free(GError *error)
 
 void ov_error_set_from_zip_error(zip_error_t *error)
 {
-    ov_error_set(zip_error_strerror(error));
+    // zip_error_strerror caches its text in the record, and records that
+    // libzip owns are not always finished: describe a private copy instead.
+    zip_error_t copy;
+    zip_error_init(&copy);
+    zip_error_set(&copy, zip_error_code_zip(error), zip_error_code_system(error));
+    ov_error_set(zip_error_strerror(&copy));
+    zip_error_fini(&copy);
 }
 
 void ov_error_set_from_zip_error_code(int code)
