@@ -1,0 +1,10 @@
+// Builds large templates for the template benchmark.
+#pragma once
+
+#include "docs/template.h"
+
+// A template with the given number of blocks of ten rows, every text in UK
+// English, Swedish and German. One block in ten is basic data (its text
+// fields carry contents and one checkbox per row is ticked); the others are
+// spread over two report types of ten segments each.
+ov_template *ov_bench_make_large_template(int block_count);
