@@ -316,10 +316,24 @@ gboolean ov_util_parse_double_for_locale(double *out, const char *text)
     return ov_util_parse_double(out, converted.get());
 }
 
+const char *ov_util_format_double_into(char *buffer, gsize size, double value)
+{
+    // g_ascii_dtostr always gives 17 digits (0.1 as 0.10000000000000001):
+    // take the fewest digits that still read back as the same number.
+    for (int digits = 1; digits < 17; ++digits) {
+        char format[8];
+        g_snprintf(format, sizeof format, "%%.%dg", digits);
+        g_ascii_formatd(buffer, static_cast<gint>(size), format, value);
+        if (g_ascii_strtod(buffer, nullptr) == value)
+            return buffer;
+    }
+    return g_ascii_dtostr(buffer, static_cast<gint>(size), value);
+}
+
 char *ov_util_format_double(double value)
 {
     std::array<char, G_ASCII_DTOSTR_BUF_SIZE> buffer{};
-    return g_strdup(g_ascii_dtostr(buffer.data(), buffer.size(), value));
+    return g_strdup(ov_util_format_double_into(buffer.data(), buffer.size(), value));
 }
 
 char *ov_util_format_double_for_locale(double value)
@@ -336,7 +350,7 @@ char *ov_util_format_double_for_locale(double value)
 char *ov_util_format_double_with_unit(double value, const char *unit)
 {
     std::array<char, G_ASCII_DTOSTR_BUF_SIZE> buffer{};
-    return g_strconcat(g_ascii_dtostr(buffer.data(), buffer.size(), value), unit, nullptr);
+    return g_strconcat(ov_util_format_double_into(buffer.data(), buffer.size(), value), unit, nullptr);
 }
 
 char ov_util_get_decimal_character_for_locale()

@@ -32,6 +32,9 @@ gboolean ov_util_parse_double_in_range(double *out, const char *text, double min
 gboolean ov_util_parse_double_for_locale(double *out, const char *text);
 
 // Formatting; every result is a new GLib string.
+// Shortest text that reads back as the same number, always with '.', into a
+// buffer of at least G_ASCII_DTOSTR_BUF_SIZE bytes; returns the buffer.
+const char *ov_util_format_double_into(char *buffer, gsize size, double value);
 char *ov_util_format_double(double value);
 char *ov_util_format_double_for_locale(double value);
 char *ov_util_format_double_with_unit(double value, const char *unit);

@@ -56,48 +56,6 @@ void collect_message(void *, const char *format, ...)
     va_end(args);
 }
 
-// Routes libxml2's generic error output into the collector for the life of
-// the object and puts back the previous handler afterwards. What the
-// collector still holds at the end (warnings of a successful call) is
-// dropped.
-class MessageCollector {
-public:
-    MessageCollector() : saved_handler_(xmlGenericError), saved_context_(xmlGenericErrorContext)
-    {
-        if (collector == nullptr)
-            collector = g_string_new(nullptr);
-        g_string_truncate(collector, 0);
-        xmlSetGenericErrorFunc(nullptr, collect_message);
-    }
-    MessageCollector(const MessageCollector &) = delete;
-    MessageCollector &operator=(const MessageCollector &) = delete;
-    ~MessageCollector()
-    {
-        xmlSetGenericErrorFunc(saved_context_, saved_handler_);
-        g_string_truncate(collector, 0);
-    }
-
-    // Sets the error to the collected messages (trimmed, valid UTF-8, cut
-    // to a readable length) and puts the sentence on top.
-    void report_failure(const char *sentence)
-    {
-        if (collector->len == 0) {
-            ov_error_set("Unknown XML error.");
-        } else {
-            // Messages quote the offending input, which need not be UTF-8.
-            ov::GStr text(g_utf8_make_valid(collector->str, static_cast<gssize>(collector->len)));
-            ov_error_set(g_strstrip(text.get()));
-            ov_error_limit_line_count(parser_message_line_limit);
-            g_string_truncate(collector, 0);
-        }
-        ov_error_append(sentence);
-    }
-
-private:
-    xmlGenericErrorFunc saved_handler_;
-    void *saved_context_;
-};
-
 // Entity substitution and external DTD loading on for one parse, the
 // previous defaults restored afterwards.
 class ParserDefaults {
@@ -312,6 +270,35 @@ constexpr std::array<std::string_view, 256> escapes = [] {
 
 } // namespace
 
+ov::XmlMessageCollector::XmlMessageCollector()
+    : saved_handler_(xmlGenericError), saved_context_(xmlGenericErrorContext)
+{
+    if (collector == nullptr)
+        collector = g_string_new(nullptr);
+    g_string_truncate(collector, 0);
+    xmlSetGenericErrorFunc(nullptr, collect_message);
+}
+
+ov::XmlMessageCollector::~XmlMessageCollector()
+{
+    xmlSetGenericErrorFunc(saved_context_, saved_handler_);
+    g_string_truncate(collector, 0);
+}
+
+void ov::XmlMessageCollector::report_failure(const char *sentence)
+{
+    if (collector->len == 0) {
+        ov_error_set("Unknown XML error.");
+    } else {
+        // Messages quote the offending input, which need not be UTF-8.
+        ov::GStr text(g_utf8_make_valid(collector->str, static_cast<gssize>(collector->len)));
+        ov_error_set(g_strstrip(text.get()));
+        ov_error_limit_line_count(parser_message_line_limit);
+        g_string_truncate(collector, 0);
+    }
+    ov_error_append(sentence);
+}
+
 // ---------------------------------------------------------------------------
 // Documents.
 
@@ -320,7 +307,7 @@ xmlDoc *ov_xml_parse_file(const char *path)
     ov::FilePtr file(ov_fs_utils_open_file(path, "rb"));
     if (!file)
         return nullptr;
-    MessageCollector messages;
+    ov::XmlMessageCollector messages;
     ParserDefaults defaults;
     xmlDoc *doc = xmlReadFd(fileno(file.get()), nullptr, nullptr, parse_options);
     if (doc == nullptr)
@@ -348,7 +335,7 @@ xmlDoc *ov_xml_parse_zip_file(zip_t *archive, const char *entry_name)
     ZipEntryInput input{ov_zip_open_file(archive, entry_name)};
     if (input.file == nullptr)
         return nullptr;
-    MessageCollector messages;
+    ov::XmlMessageCollector messages;
     ParserDefaults defaults;
     // libxml2 closes the entry through close_zip_entry, also on failure.
     ov::XmlDocPtr doc(xmlReadIO(read_zip_entry, close_zip_entry, &input, nullptr, nullptr, parse_options));
@@ -396,7 +383,7 @@ gboolean ov_xml_write_to_stream(xmlDoc *doc, FILE *stream, const char *encoding)
         ov_error_set_file_io_writing();
         return FALSE;
     }
-    MessageCollector messages;
+    ov::XmlMessageCollector messages;
     xmlSaveCtxt *context = xmlSaveToFd(fileno(stream), encoding, XML_SAVE_FORMAT);
     if (context == nullptr) {
         ov_error_set("Could not create XML saving context for file.");
@@ -419,7 +406,7 @@ gchar *ov_xml_write_to_string(xmlDoc *doc, gsize *out_length)
     xmlChar *memory = nullptr;
     int size = 0;
     if (doc != nullptr) {
-        MessageCollector messages;
+        ov::XmlMessageCollector messages;
         xmlDocDumpMemory(doc, &memory, &size);
     }
     ov::XmlCharPtr owned(memory);
@@ -512,7 +499,7 @@ xmlAttr *ov_xml_set_attribute_to_int(xmlNode *node, const char *name, int value)
 xmlAttr *ov_xml_set_attribute_to_double(xmlNode *node, const char *name, double value)
 {
     char text[G_ASCII_DTOSTR_BUF_SIZE];
-    g_ascii_dtostr(text, sizeof text, value);
+    ov_util_format_double_into(text, sizeof text, value);
     return ov_xml_set_attribute(node, name, text);
 }
 

@@ -120,3 +120,27 @@ gboolean ov_xml_write_string(FILE *stream, const char *latin1_text);
 // Escapes markup characters, tabs, line feeds and carriage returns; null for
 // a null input.
 gchar *ov_xml_latin1_to_xml(const char *latin1_text);
+
+namespace ov {
+
+// Routes libxml2's generic error output into one collector for the life of
+// the object and puts the previous handler back afterwards. What it still
+// holds at the end (warnings of a successful parse) is dropped. For readers
+// that drive libxml2 themselves and must report as the parsers here do.
+class XmlMessageCollector {
+public:
+    XmlMessageCollector();
+    XmlMessageCollector(const XmlMessageCollector &) = delete;
+    XmlMessageCollector &operator=(const XmlMessageCollector &) = delete;
+    ~XmlMessageCollector();
+
+    // Sets the error to the collected messages (trimmed, valid UTF-8, cut to
+    // 15 lines) or "Unknown XML error.", then puts sentence on top.
+    void report_failure(const char *sentence);
+
+private:
+    xmlGenericErrorFunc saved_handler_;
+    void *saved_context_;
+};
+
+} // namespace ov

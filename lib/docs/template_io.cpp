@@ -371,61 +371,6 @@ class TemplateReader
     std::string error_;
 };
 
-// libxml2's messages of one parse, gathered for the error text, which keeps
-// at most this many lines of them.
-GString *parser_messages = nullptr;
-constexpr int parser_message_line_limit = 15;
-
-void collect_parser_message(void *, const char *format, ...) G_GNUC_PRINTF(2, 3);
-
-void collect_parser_message(void *, const char *format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    g_string_append_vprintf(parser_messages, format, args);
-    va_end(args);
-}
-
-// Routes libxml2's generic error output into parser_messages while it lives,
-// as the XML layer does for a whole-file parse, and reports a failed parse
-// the same way.
-class ParserMessages
-{
-  public:
-    ParserMessages() : saved_handler_(xmlGenericError), saved_context_(xmlGenericErrorContext)
-    {
-        if (parser_messages == nullptr)
-            parser_messages = g_string_new(nullptr);
-        g_string_truncate(parser_messages, 0);
-        xmlSetGenericErrorFunc(nullptr, collect_parser_message);
-    }
-    ParserMessages(const ParserMessages &) = delete;
-    ParserMessages &operator=(const ParserMessages &) = delete;
-    ~ParserMessages()
-    {
-        xmlSetGenericErrorFunc(saved_context_, saved_handler_);
-        g_string_truncate(parser_messages, 0);
-    }
-
-    static void report_failure()
-    {
-        if (parser_messages->len == 0) {
-            ov_error_set("Unknown XML error.");
-        } else {
-            // Messages quote the offending input, which need not be UTF-8.
-            ov::GStr text(g_utf8_make_valid(parser_messages->str, static_cast<gssize>(parser_messages->len)));
-            ov_error_set(g_strstrip(text.get()));
-            ov_error_limit_line_count(parser_message_line_limit);
-            g_string_truncate(parser_messages, 0);
-        }
-        ov_error_append("Could not parse XML data.");
-    }
-
-  private:
-    xmlGenericErrorFunc saved_handler_;
-    void *saved_context_;
-};
-
 using TextReaderPtr = ov::Owned<xmlTextReader, xmlFreeTextReader>;
 
 // Writing. Every write is checked and the first failure stops the writer.
@@ -536,7 +481,7 @@ ov_template *ov_template_io_read_from_file(const char *path)
         ov_error_append("Error loading template file.");
         return nullptr;
     }
-    ParserMessages messages;
+    ov::XmlMessageCollector messages;
     // Entities substituted, external DTDs loaded, never from the network.
     TextReaderPtr reader(xmlReaderForFd(fileno(file.get()), nullptr, nullptr,
                                         XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
@@ -544,7 +489,7 @@ ov_template *ov_template_io_read_from_file(const char *path)
     TemplateReader template_reader(reader.get(), tmpl.get());
     switch (reader ? template_reader.run() : TemplateReader::Outcome::xml_failure) {
     case TemplateReader::Outcome::xml_failure:
-        ParserMessages::report_failure();
+        messages.report_failure("Could not parse XML data.");
         ov_error_append("Error loading template file.");
         return nullptr;
     case TemplateReader::Outcome::no_root:

@@ -755,7 +755,7 @@ TEST_F(XmlTest, BuildsAndWritesToString)
     const std::string expected =
         "<?xml version=\"1.0\"?>\n"
         "<template name=\"replaced\" author=\"Jos&#xE9;\" yes=\"true\" no=\"false\" min=\"-2147483648\""
-        " tenth=\"0.10000000000000001\" big=\"-1.5000000000000001e+300\"><group><u>&lt;&amp;&gt;&#x20AC;</u>"
+        " tenth=\"0.1\" big=\"-1.5e+300\"><group><u>&lt;&amp;&gt;&#x20AC;</u>"
         "<a>x &amp; y</a><l>&#xE9;&#xD;</l></group></template>\n";
     EXPECT_EQ(text.get(), expected);
     EXPECT_EQ(length, expected.size());
