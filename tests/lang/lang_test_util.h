@@ -1,23 +1,22 @@
-// Compact forms of multilingual strings for the lang tests: "sv=Hus da=Hus"
-// (an empty tag before "=" is the undefined locale, texts have no spaces).
+// Short forms for the lang tests: multilingual strings as "sv=Hus =X" (an
+// empty tag is the undefined locale, texts have no spaces), lists as "sv da".
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <sstream>
 #include <string>
 
+#include "core/error.h"
+#include "core/raii.h"
 #include "lang/langstr.h"
-#include "lang/locale.h"
+#include "lang/locale_list.h"
 
 namespace ov::test
 {
 
-struct LangstrDeleter {
-    void operator()(langstr *ls) const { ov_langstr_free(ls); }
-};
-using LangstrPtr = std::unique_ptr<langstr, LangstrDeleter>;
+using LangstrPtr = ov::Owned<langstr, ov_langstr_free>;
+using LocaleListPtr = ov::Owned<OvLocaleList, ov_locale_list_destroy>;
 
 inline const OvLocale *locale(const char *tag)
 {
@@ -26,37 +25,39 @@ inline const OvLocale *locale(const char *tag)
     return found;
 }
 
-// Appends translations in the given order, bypassing the set rules, so that
-// any chain can be built.
-inline langstr *make_langstr(const std::string &spec)
-{
-    langstr *first = nullptr;
-    langstr **place = &first;
-    std::istringstream words(spec);
-    std::string word;
-    while (words >> word) {
-        std::size_t equal = word.find('=');
-        std::string tag = word.substr(0, equal);
-        *place = new langstr{locale(tag.c_str()), g_strdup(word.substr(equal + 1).c_str()), nullptr};
-        place = &(*place)->next;
-    }
-    return first;
-}
-
+// Builds the chain as written, bypassing the set rules.
 inline LangstrPtr langstr_of(const std::string &spec)
 {
-    return LangstrPtr(make_langstr(spec));
+    langstr *first = nullptr, **place = &first;
+    std::istringstream words(spec);
+    for (std::string word; words >> word; place = &(*place)->next) {
+        std::size_t equal = word.find('=');
+        *place =
+            new langstr{locale(word.substr(0, equal).c_str()), g_strdup(word.c_str() + equal + 1), nullptr};
+    }
+    return LangstrPtr(first);
 }
 
 inline std::string describe(const langstr *ls)
 {
     std::string text;
-    for (; ls != nullptr; ls = ls->next) {
-        if (!text.empty())
-            text += ' ';
-        text += std::string(ls->locale->tag) + "=" + ls->text;
-    }
+    for (; ls != nullptr; ls = ls->next)
+        text += (text.empty() ? "" : " ") + std::string(ls->locale->tag) + "=" + ls->text;
     return text;
 }
+
+inline std::string tags_of(const OvLocaleList *list)
+{
+    std::string text;
+    for (const OvLocaleListLink *link : *list)
+        text += (text.empty() ? "" : " ") + std::string(link->locale->tag);
+    return text;
+}
+
+// Leaves the process-wide error buffer as it found it: empty.
+struct ErrorCleared : ::testing::Test {
+    void SetUp() override { ov_error_clear(); }
+    void TearDown() override { ov_error_clear(); }
+};
 
 } // namespace ov::test

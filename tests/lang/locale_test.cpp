@@ -1,267 +1,171 @@
 #include "lang/locale.h"
 #include "lang/locale_list.h"
 #include "lang/spell_dictionary.h"
+#include "lang/system_locale.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <set>
 #include <string>
 
-#include "core/error.h"
-#include "core/raii.h"
+#include "lang/lang_test_util.h"
+#include "support/test_support.h"
 
 namespace
 {
 
-struct ErrorCleared : ::testing::Test {
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
-
+using namespace ov::test;
 using LocaleTable = ErrorCleared;
-using LocaleList = ErrorCleared;
+using SystemLocale = ErrorCleared;
 
 std::string ui(const OvLocale *locale)
 {
     return ov::gstr(ov_locale_format_ui_string(locale)).get();
 }
 
-TEST_F(LocaleTable, IndicesTagsAndTerritoriesAreFixed)
+TEST_F(LocaleTable, InvariantsAndSpotChecks)
 {
     ASSERT_EQ(ov_locale_get_count(), 66u);
-    struct Case {
-        guint index;
-        const char *tag;
-        const char *display;
-    } cases[] = {
-        {0, "af", "Afrikaans"},
-        {5, "nl-be", "Dutch (Belgium)"},
-        {6, "nl", "Dutch (Netherlands)"},
-        {12, "en-nz", "English (New Zeeland)"},
-        {16, "en-uk", "English (United Kingdom)"},
-        {17, "en-us", "English (United States)"},
-        {34, "it", "Italian (Italy)"},
-        {36, "nb", "Norwegian Bokm\xc3\xa5l"},
-        {39, "pt", "Portuguese (Portugal)"},
-        {59, "es-es", "Spanish (Spain)"},
-        {65, "sv", "Swedish (Sweden)"},
-    };
-    for (const Case &c : cases) {
-        const OvLocale *locale = ov_locale_get_by_index(c.index);
-        ASSERT_NE(locale, nullptr);
-        EXPECT_STREQ(locale->tag, c.tag) << c.index;
-        EXPECT_EQ(ui(locale), c.display) << c.index;
-        EXPECT_EQ(ov_locale_get_by_tag(c.tag), locale);
-    }
-    EXPECT_STREQ(ov_error_get(), "");
-}
-
-TEST_F(LocaleTable, TagsAreUniqueAndLanguagesShared)
-{
-    std::set<std::string> tags;
+    std::set<std::string> tags, language_names;
     std::set<const OvLanguage *> languages;
-    std::set<std::string> language_names;
-    for (guint i = 0; i < ov_locale_get_count(); ++i) {
-        const OvLocale *locale = ov_locale_get_by_index(i);
-        EXPECT_TRUE(tags.insert(locale->tag).second) << locale->tag;
-        languages.insert(locale->language);
-        language_names.insert(locale->language->name);
-        // Each tag leads back to its own entry.
-        EXPECT_EQ(ov_locale_get_by_tag(locale->tag), locale);
+    int english = 0, with_dictionary = 0;
+    for (guint i = 0; i < 66; ++i) {
+        const OvLocale *l = ov_locale_get_by_index(i);
+        EXPECT_TRUE(tags.insert(l->tag).second) << l->tag;
+        EXPECT_EQ(ov_locale_get_by_tag(l->tag), l);
+        languages.insert(l->language);
+        language_names.insert(l->language->name);
+        english += g_str_has_prefix(l->tag, "en-");
+        EXPECT_EQ(bool(ov_locale_is_some_english(l)), bool(g_str_has_prefix(l->tag, "en-"))) << l->tag;
+        with_dictionary += ov_spellcheck_get_dict_name_for_locale_tag(l->tag) != nullptr;
     }
-    // One entry per language: no two entries carry the same name.
+    // Locales of one language share one entry.
     EXPECT_EQ(languages.size(), language_names.size());
     EXPECT_EQ(languages.size(), 22u);
-    EXPECT_EQ(ov_locale_get_by_tag("sv")->language, ov_locale_get_by_tag("sv-fi")->language);
-    EXPECT_NE(ov_locale_get_by_tag("nb")->language, ov_locale_get_by_tag("nn")->language);
+    EXPECT_EQ(english, 12);
+    EXPECT_EQ(with_dictionary, 39);
+
+    EXPECT_EQ(ui(ov_locale_get_by_index(6)), "Dutch (Netherlands)"); // tag "nl"
+    EXPECT_EQ(ui(ov_locale_get_by_index(12)), "English (New Zeeland)");
+    EXPECT_EQ(ui(ov_locale_get_by_index(36)), "Norwegian Bokm\xc3\xa5l");
+    EXPECT_EQ(ui(ov_locale_get_undefined()), "Undefined language");
+    EXPECT_EQ(ov_locale_get_uk_english(), locale("en-uk"));
+    EXPECT_FALSE(ov_locale_is_uk_english(locale("en-us")));
+    EXPECT_EQ(ov_locale_get_swedish_swedish(), ov_locale_get_by_index(65));
+    EXPECT_EQ(ov_language_get_english(), locale("en-us")->language);
+    const char *const dictionaries[][2] = {
+        {"es-mx", "es_ES"}, {"fr-fr", "fr"}, {"fr-be", nullptr}, {"", nullptr}};
+    for (const auto &[tag, dictionary] : dictionaries)
+        EXPECT_STREQ(ov_spellcheck_get_dict_name_for_locale_tag(tag), dictionary) << tag;
+    EXPECT_STREQ(ov_error_get(), "");
 }
 
-TEST_F(LocaleTable, LookupFailuresAndTheUndefinedLocale)
+TEST_F(LocaleTable, LookupsByTagAndLegacyTag)
 {
+    // The empty tag is the undefined locale and no error.
+    EXPECT_EQ(ov_locale_get_by_legacy_tag(""), ov_locale_get_undefined());
+    const char *const legacy_tags[][2] = {
+        {"de", "de-de"}, {"en", "en-uk"}, {"es", "es-es"},    {"fr", "fr-fr"},
+        {"no", "nb"},    {"nn", "nn"},    {"en-us", "en-us"},
+    };
+    for (const auto &[legacy, tag] : legacy_tags)
+        EXPECT_EQ(ov_locale_get_by_legacy_tag(legacy), locale(tag)) << legacy;
+    EXPECT_STREQ(ov_error_get(), "");
+    for (const char *bad : {"EN-UK", "en-gb", " sv", "DE", "xx"}) {
+        EXPECT_EQ(ov_locale_get_by_legacy_tag(bad), nullptr) << bad;
+        EXPECT_STREQ(ov_error_get(), "Unsupported locale tag.") << bad;
+        ov_error_clear();
+    }
     EXPECT_EQ(ov_locale_get_by_index(66), nullptr);
     EXPECT_STREQ(ov_error_get(), "Locale index out of bounds.");
-    ov_error_clear();
-
-    const OvLocale *undefined = ov_locale_get_by_tag("");
-    EXPECT_EQ(undefined, ov_locale_get_undefined());
-    EXPECT_TRUE(ov_locale_is_undefined(undefined));
-    EXPECT_STREQ(undefined->tag, "");
-    EXPECT_EQ(undefined->territory, nullptr);
-    EXPECT_EQ(ui(undefined), "Undefined language");
-    EXPECT_STREQ(ov_error_get(), "");
-    for (guint i = 0; i < ov_locale_get_count(); ++i)
-        EXPECT_NE(ov_locale_get_by_index(i), undefined);
-
-    for (const char *bad : {"EN-UK", "en-gb", "no", "sv ", " sv", "xx", "en_uk", "de"}) {
-        ov_error_clear();
-        EXPECT_EQ(ov_locale_get_by_tag(bad), nullptr) << bad;
-        EXPECT_STREQ(ov_error_get(), "Unsupported locale tag.") << bad;
-    }
-}
-
-TEST_F(LocaleTable, LegacyTagsAreRewritten)
-{
-    struct Case {
-        const char *legacy;
-        const char *tag;
-    } cases[] = {
-        {"de", "de-de"}, {"en", "en-uk"}, {"es", "es-es"},    {"fr", "fr-fr"}, {"no", "nb"},
-        {"nn", "nn"},    {"sv", "sv"},    {"en-us", "en-us"}, {"", ""},
-    };
-    for (const Case &c : cases) {
-        const OvLocale *locale = ov_locale_get_by_legacy_tag(c.legacy);
-        ASSERT_NE(locale, nullptr) << c.legacy;
-        EXPECT_STREQ(locale->tag, c.tag);
-    }
-    EXPECT_EQ(ov_locale_get_by_legacy_tag("DE"), nullptr);
-    EXPECT_STREQ(ov_error_get(), "Unsupported locale tag.");
-}
-
-TEST_F(LocaleTable, NamedLocalesAndEnglish)
-{
-    EXPECT_STREQ(ov_locale_get_uk_english()->tag, "en-uk");
-    EXPECT_TRUE(ov_locale_is_uk_english(ov_locale_get_uk_english()));
-    EXPECT_FALSE(ov_locale_is_uk_english(ov_locale_get_by_tag("en-us")));
-    EXPECT_STREQ(ov_locale_get_swedish_swedish()->tag, "sv");
-
-    int english = 0;
-    for (guint i = 0; i < ov_locale_get_count(); ++i) {
-        const OvLocale *locale = ov_locale_get_by_index(i);
-        bool starts_en = std::strncmp(locale->tag, "en-", 3) == 0;
-        EXPECT_EQ(bool(ov_locale_is_some_english(locale)), starts_en) << locale->tag;
-        english += starts_en;
-    }
-    EXPECT_EQ(english, 12);
-    EXPECT_FALSE(ov_locale_is_some_english(ov_locale_get_undefined()));
-    EXPECT_STREQ(ov_language_get_english()->name, "English");
 }
 
 TEST_F(LocaleTable, CompareByLanguageThenTerritoryWithTerritoryLessLast)
 {
-    struct Case {
-        const char *a;
-        const char *b;
+    struct {
+        const char *a, *b;
         int sign;
     } cases[] = {
-        {"sv-fi", "sv", -1},                                      // Finland before Sweden
-        {"nl-be", "nl", -1},                                      // Belgium before Netherlands
-        {"da", "de-at", -1},                                      // by language name
-        {"nb", "nb", 0},     {"sv", "sv", 0}, {"pt", "pt-br", 1}, // Portugal after Brazil
-        {"eu", "en-uk", -1},                                      // Basque before English
+        {"sv-fi", "sv", -1}, {"nl-be", "nl", -1}, {"da", "de-at", -1},
+        {"eu", "en-uk", -1}, {"pt", "pt-br", 1},  {"nb", "nb", 0},
     };
-    for (const Case &c : cases) {
-        int result = ov_locale_compare_by_language_name_and_territory(ov_locale_get_by_tag(c.a),
-                                                                      ov_locale_get_by_tag(c.b));
-        EXPECT_EQ((result > 0) - (result < 0), c.sign) << c.a << " " << c.b;
+    for (const auto &[a, b, sign] : cases) {
+        int result = ov_locale_compare_by_language_name_and_territory(locale(a), locale(b));
+        EXPECT_EQ((result > 0) - (result < 0), sign) << a << " " << b;
     }
-    // Territory-less against one with a territory within one language: the
-    // table has none, so build the pair from the same language entry.
-    const OvLocale *sweden = ov_locale_get_by_tag("sv");
-    OvLocale bare{sweden->language, nullptr, "sv-x"};
-    EXPECT_EQ(ov_locale_compare_by_language_name_and_territory(&bare, sweden), 1);
-    EXPECT_EQ(ov_locale_compare_by_language_name_and_territory(sweden, &bare), -1);
+    // The table has no territory-less locale beside one with a territory.
+    OvLocale bare{locale("sv")->language, nullptr, "sv-x"};
+    EXPECT_EQ(ov_locale_compare_by_language_name_and_territory(&bare, locale("sv")), 1);
+    EXPECT_EQ(ov_locale_compare_by_language_name_and_territory(locale("sv"), &bare), -1);
     EXPECT_EQ(ov_locale_compare_by_language_name_and_territory(&bare, &bare), 0);
 }
 
-TEST_F(LocaleTable, SpellCheckDictionaries)
+TEST(LocaleList, SortedInsertionAddFromAndClone)
 {
-    struct Case {
-        const char *tag;
-        const char *dictionary;
-    } cases[] = {
-        {"af", "af_ZA"},    {"en-uk", "en_GB"}, {"en-us", "en_US"}, {"es-mx", "es_ES"}, {"es-us", "es_ES"},
-        {"fr-fr", "fr"},    {"sv-fi", "sv_FI"}, {"sw", "sw_TZ"},    {"fr-be", nullptr}, {"de-at", nullptr},
-        {"en-nz", nullptr}, {"nl-be", nullptr}, {"", nullptr},      {"EN-UK", nullptr},
-    };
-    for (const Case &c : cases)
-        EXPECT_STREQ(ov_spellcheck_get_dict_name_for_locale_tag(c.tag), c.dictionary) << c.tag;
-    int with_dictionary = 0;
-    for (guint i = 0; i < ov_locale_get_count(); ++i)
-        with_dictionary +=
-            ov_spellcheck_get_dict_name_for_locale_tag(ov_locale_get_by_index(i)->tag) != nullptr;
-    EXPECT_EQ(with_dictionary, 39);
-}
+    LocaleListPtr list(ov_locale_list_new());
+    for (const char *tag : {"sv", "da", "en-us", "af", "en-au", "sv-fi"})
+        ov_locale_list_add_sorted_by_language_name_and_territory(list.get(), locale(tag));
+    EXPECT_EQ(tags_of(list.get()), "af da en-au en-us sv-fi sv");
+    OvLocaleListLink *later =
+        ov_locale_list_add_sorted_by_language_name_and_territory(list.get(), locale("da"));
+    EXPECT_EQ(ov_locale_list_find(list.get(), locale("da"))->next, later); // equals keep insertion order
 
-std::string tags_of(const OvLocaleList *list)
-{
-    std::string text;
-    for (OvLocaleListLink *link : *list)
-        text += (text.empty() ? "" : " ") + std::string(link->locale->tag);
-    return text;
-}
-
-struct ListDeleter {
-    void operator()(OvLocaleList *list) const { ov_locale_list_destroy(list); }
-};
-using ListPtr = std::unique_ptr<OvLocaleList, ListDeleter>;
-
-ListPtr list_of(std::initializer_list<const char *> tags, bool sorted)
-{
-    ListPtr list(ov_locale_list_new());
-    for (const char *tag : tags) {
-        const OvLocale *locale = ov_locale_get_by_tag(tag);
-        if (sorted)
-            ov_locale_list_add_sorted_by_language_name_and_territory(list.get(), locale);
-        else
-            ov_locale_list_add_last(list.get(), locale);
-    }
-    return list;
-}
-
-TEST_F(LocaleList, SortedInsertion)
-{
-    EXPECT_EQ(tags_of(list_of({"sv", "sv-fi"}, true).get()), "sv-fi sv");
-    EXPECT_EQ(tags_of(list_of({"nl", "nl-be"}, true).get()), "nl-be nl");
-    EXPECT_EQ(tags_of(list_of({"sv", "da", "en-us", "af", "en-au", "sv-fi"}, true).get()),
-              "af da en-au en-us sv-fi sv");
-    EXPECT_EQ(tags_of(list_of({}, true).get()), "");
-}
-
-TEST_F(LocaleList, EqualEntriesKeepInsertionOrder)
-{
-    ListPtr list = list_of({"da", "sv"}, true);
-    OvLocaleListLink *first_da = ov_locale_list_find(list.get(), ov_locale_get_by_tag("da"));
-    OvLocaleListLink *second_da =
-        ov_locale_list_add_sorted_by_language_name_and_territory(list.get(), ov_locale_get_by_tag("da"));
-    EXPECT_EQ(tags_of(list.get()), "da da sv");
-    EXPECT_EQ(first_da->next, second_da);
-    EXPECT_EQ(ov_locale_list_find(list.get(), ov_locale_get_by_tag("da")), first_da);
-}
-
-TEST_F(LocaleList, AddFromCloneFindAndLinks)
-{
-    ListPtr list = list_of({"sv", "da"}, false);
-    ListPtr other = list_of({"nb", "sv"}, false);
-    ov_locale_list_add_from_list(list.get(), other.get());
-    EXPECT_EQ(tags_of(list.get()), "sv da nb sv");
-    ov_locale_list_add_from_list(list.get(), list.get());
-    EXPECT_EQ(tags_of(list.get()), "sv da nb sv sv da nb sv");
-
-    ListPtr copy(ov_locale_list_clone(other.get()));
-    EXPECT_EQ(tags_of(copy.get()), "nb sv");
-    EXPECT_EQ(ov_locale_list_find(copy.get(), ov_locale_get_by_tag("da")), nullptr);
-
-    OvLocaleListLink *nb = ov_locale_list_find(copy.get(), ov_locale_get_by_tag("nb"));
-    ov_locale_list_link_remove(nb);
-    EXPECT_EQ(nb->previous, nullptr);
-    EXPECT_EQ(nb->next, nullptr);
-    EXPECT_EQ(tags_of(copy.get()), "sv");
-    ov_locale_list_link_destroy(nb);
-    ov_locale_list_link_destroy(nullptr);
-
-    OvLocaleListLink *loose = ov_locale_list_link_new(ov_locale_get_by_tag("fi"));
-    ov::list_append(*copy, loose);
-    EXPECT_EQ(tags_of(copy.get()), "sv fi");
-    ov_locale_list_link_destroy(ov_locale_list_find(copy.get(), ov_locale_get_by_tag("sv")));
-    EXPECT_EQ(tags_of(copy.get()), "fi");
-
-    EXPECT_FALSE(ov_locale_list_is_empty(list.get()));
+    LocaleListPtr copy(ov_locale_list_clone(list.get()));
     ov_locale_list_clear(list.get());
-    EXPECT_TRUE(ov_locale_list_is_empty(list.get()));
-    ov_locale_list_add_last(list.get(), ov_locale_get_by_tag("is"));
-    EXPECT_EQ(tags_of(list.get()), "is");
-    ov_locale_list_destroy(nullptr);
+    ov_locale_list_add_last(list.get(), locale("is"));
+    ov_locale_list_add_from_list(list.get(), list.get()); // copies only what was there
+    EXPECT_EQ(tags_of(list.get()), "is is");
+    EXPECT_EQ(tags_of(copy.get()), "af da da en-au en-us sv-fi sv");
+}
+
+TEST_F(SystemLocale, NameTriesTheWholeNameThenTheLanguage)
+{
+    // A codeset suffix defeats the whole name ("en-us.utf-8"), so the
+    // language alone decides; "no" is not rewritten here; "_SE" must not give
+    // the undefined locale.
+    const char *const unsupported = "Unsupported locale tag.";
+    struct {
+        const char *name, *result; // a tag, or the message when nothing maps
+    } cases[] = {
+        {"pt_BR", "pt-br"},       {"sv_SE.UTF-8", "sv"},
+        {"en_US", "en-us"},       {"en_US.UTF-8", "en-uk"},
+        {"de_AT.UTF-8", "de-de"}, {"fr", "fr-fr"},
+        {"NB_no", "nb"},          {"no_NO", unsupported},
+        {"C", unsupported},       {"", unsupported},
+        {"_SE", unsupported},     {"sv\xe9", "Non-ascii byte found where not allowed."},
+    };
+    for (const auto &c : cases) {
+        const OvLocale *mapped = ov_platform_map_system_locale_name(c.name);
+        EXPECT_EQ(mapped != nullptr ? mapped->tag : ov_error_get(), std::string(c.result)) << c.name;
+        ov_error_clear();
+    }
+}
+
+TEST_F(SystemLocale, EnvironmentDecides)
+{
+    struct {
+        const char *user_locale, *language, *lang; // null: unset
+        const char *expected;                      // null: nothing maps
+    } cases[] = {
+        {"pt_BR", nullptr, "sv_SE.UTF-8", "pt-br"}, {"xx", nullptr, "sv_SE.UTF-8", "sv"},
+        {"no_NO", nullptr, "da_DK.UTF-8", "da"},    {nullptr, nullptr, "en_US.UTF-8", "en-uk"},
+        {nullptr, "xx:fi:sv", "C", "fi"},           {nullptr, "no", "C", nullptr},
+        {nullptr, nullptr, nullptr, nullptr},
+    };
+    for (const auto &c : cases) {
+        // In a child, so that the environment need not be restored.
+        int status = run_in_child([&] {
+            for (const char *name : {"ORVANE_USER_LOCALE", "LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+                g_unsetenv(name);
+            for (auto [name, value] :
+                 {std::pair{"ORVANE_USER_LOCALE", c.user_locale}, {"LANGUAGE", c.language}, {"LANG", c.lang}})
+                if (value != nullptr)
+                    g_setenv(name, value, TRUE);
+            const OvLocale *found = ov_platform_get_system_locale();
+            return g_strcmp0(found != nullptr ? found->tag : nullptr, c.expected) == 0;
+        });
+        EXPECT_EQ(status, 0) << "case " << &c - cases;
+    }
 }
 
 } // namespace

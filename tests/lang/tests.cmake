@@ -2,7 +2,5 @@ list(APPEND OV_UNIT_TEST_SOURCES
   lang/locale_test.cpp
   lang/langstr_test.cpp
   lang/event_bus_test.cpp
-  lang/system_locale_test.cpp
-  lang/translation_stats_test.cpp
   lang/langstr_xml_test.cpp
 )
