@@ -3,14 +3,11 @@ list(APPEND OV_UNIT_TEST_SOURCES
   core/list_test.cpp
   core/raii_test.cpp
   core/strings_test.cpp
-  core/base16_test.cpp
-  core/natcmp_test.cpp
   core/util_test.cpp
   core/fs_utils_test.cpp
   core/platform_test.cpp
   core/file_type_test.cpp
   core/stream_test.cpp
-  core/zip_test.cpp
   core/xml_test.cpp
   core/atomic_file_test.cpp
 )
