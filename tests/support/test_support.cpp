@@ -53,6 +53,8 @@ void remove_tree(const std::string &path)
 
 void install_log_handler()
 {
+    g_setenv("GSETTINGS_BACKEND", "memory", FALSE);
+    g_setenv("NO_AT_BRIDGE", "1", FALSE);
     g_log_set_writer_func(fail_on_warnings, nullptr, nullptr);
 }
 
@@ -130,3 +132,15 @@ void flush_events()
 }
 
 } // namespace ov::test
+
+// Sanitizer settings compiled into the test programs, so that ctest, a
+// debugger and a direct run all check alike.
+extern "C" const char *__lsan_default_options()
+{
+    return "suppressions=" OV_SOURCE_DIR "/tests/lsan.supp:print_suppressions=0";
+}
+
+extern "C" const char *__ubsan_default_options()
+{
+    return "print_stacktrace=1:halt_on_error=1";
+}

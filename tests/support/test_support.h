@@ -10,7 +10,8 @@
 namespace ov::test {
 
 // Installs the GLib log writer that turns warnings and criticals into test
-// failures. Called once by each suite's main.
+// failures, and keeps GSettings and the accessibility bus out of the tests.
+// Called once by each suite's main.
 void install_log_handler();
 
 // Lets the next GLib warnings or criticals pass without failing the test,
