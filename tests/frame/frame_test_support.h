@@ -1,5 +1,4 @@
-// Helpers of the frame tests: a child process with its own home and user
-// configuration folder, so that no test touches the real ones.
+// Frame tests run in a child with its own home and configuration folder.
 #pragma once
 
 #include "support/test_support.h"
@@ -15,34 +14,33 @@
 #include <functional>
 #include <string>
 
-// GLib keeps the home and configuration folders it found first; this resets
-// them (exported by GLib for its own test isolation).
+// Resets the home and configuration folders GLib keeps (exported for tests).
 extern "C" void g_set_user_dirs(const gchar *first_dir_type, ...) G_GNUC_NULL_TERMINATED;
 
 namespace ov::test {
 
-// Runs body in a child process whose home folder is dir/home (created) and
-// whose configuration folder is dir/config (not created). The exit status is
-// 0 when body returned true, no expectation failed in the child and, in a
-// sanitizer build, nothing leaked.
-inline int run_with_home(const TempDir &dir, const std::function<bool()> &body)
+inline void make_folder(const std::string &path) { g_mkdir_with_parents(path.c_str(), 0700); }
+
+// Runs body in a child with home dir/home (created) and configuration folder
+// dir/config (not created); fails on a failed expectation or a leak there.
+inline void run_with_home(const std::function<void(const TempDir &dir)> &body)
 {
-    return run_in_child([&] {
-        const std::string home = dir.file("home");
-        const std::string config = dir.file("config");
-        g_mkdir_with_parents(home.c_str(), 0700);
-        g_setenv("HOME", home.c_str(), TRUE);
-        g_setenv("XDG_CONFIG_HOME", config.c_str(), TRUE);
-        g_set_user_dirs("HOME", home.c_str(), "XDG_CONFIG_HOME", config.c_str(), nullptr);
-        bool ok = body() && !::testing::Test::HasFailure();
+    TempDir dir;
+    const std::string home = dir.file("home"), config = dir.file("config");
+    EXPECT_EQ(run_in_child([&] {
+                  make_folder(home);
+                  g_setenv("HOME", home.c_str(), TRUE);
+                  g_setenv("XDG_CONFIG_HOME", config.c_str(), TRUE);
+                  g_set_user_dirs("HOME", home.c_str(), "XDG_CONFIG_HOME", config.c_str(), nullptr);
+                  body(dir);
+                  bool ok = !::testing::Test::HasFailure();
 #if defined(__SANITIZE_ADDRESS__)
-        // The child ends with _exit, which skips the leak check at exit.
-        if (__lsan_do_recoverable_leak_check() != 0)
-            ok = false;
+                  ok = __lsan_do_recoverable_leak_check() == 0 && ok; // _exit skips the check at exit
 #endif
-        std::fflush(nullptr);
-        return ok;
-    });
+                  std::fflush(nullptr);
+                  return ok;
+              }),
+              0);
 }
 
 } // namespace ov::test

@@ -2,400 +2,209 @@
 
 #include "core/error.h"
 #include "core/raii.h"
-#include "docs/codeset_io.h"
 #include "frame/frame_test_support.h"
-#include "support/test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <glib/gstdio.h>
 
-#include <algorithm>
 #include <functional>
+#include <set>
 #include <string>
-#include <sys/stat.h>
+#include <tuple>
 #include <utime.h>
-#include <vector>
 
 namespace {
 
-// The child process ran its body to the end without a failed expectation.
-void expect_success(int status) { EXPECT_EQ(status, 0); }
+using namespace ov::test;
 
-using ov::test::file_exists;
-using ov::test::read_file;
-using ov::test::TempDir;
-using ov::test::write_file;
-
-bool is_folder(const std::string &path) { return g_file_test(path.c_str(), G_FILE_TEST_IS_DIR); }
-
-// The shipped components of a fake installation folder.
+// A fake installation folder; each shipped file holds "shipped <its name>".
 void make_installation(const TempDir &dir)
 {
-    g_mkdir_with_parents(dir.file("install/codesets").c_str(), 0700);
-    g_mkdir_with_parents(dir.file("install/layouts/subfolder").c_str(), 0700);
-    g_mkdir_with_parents(dir.file("install/templates").c_str(), 0700);
-    write_file(dir.file("install/codesets/a.codeset"), "shipped a");
-    write_file(dir.file("install/layouts/standard.layout"), "shipped standard");
-    write_file(dir.file("install/layouts/bundled_modern.layout"), "shipped modern");
-    write_file(dir.file("install/templates/painting.template"), "shipped painting");
-    write_file(dir.file("install/templates/paper.template"), "shipped paper");
+    for (const char *folder : {"codesets", "layouts/subfolder", "templates"})
+        make_folder(dir.file("install/") + folder);
+    for (const char *name : {"codesets/a.codeset", "layouts/standard.layout", "layouts/bundled_modern.layout",
+                             "templates/painting.template", "templates/paper.template"})
+        write_file(dir.file("install/") + name, std::string("shipped ") + name);
     ov_workspace_set_install_folder_path(dir.file("install").c_str());
 }
 
-std::string md5_of(const std::string &text)
+TEST(Workspace, PointerFileAndOpeningTheSavedOrTheDefaultFolder)
 {
-    return ov::gstr(g_compute_checksum_for_string(G_CHECKSUM_MD5, text.c_str(), text.size())).get();
+    run_with_home([&](const TempDir &dir) {
+        const std::string pointer = dir.file("config/orvane/orvane.xml");
+        char *path = const_cast<char *>("stale");
+        EXPECT_TRUE(ov_workspace_get_saved_folder_path(&path));
+        EXPECT_EQ(path, nullptr);
+        EXPECT_TRUE(ov_workspace_save_folder_path("/w/My Wörk//")) << ov_error_get();
+        EXPECT_EQ(read_file(pointer), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                      "<orvane>\n  <workspace path=\"/w/My Wörk//\"/>\n</orvane>\n");
+        EXPECT_TRUE(ov_workspace_get_saved_folder_path(&path));
+        EXPECT_STREQ(ov::GStr(path).get(), "/w/My Wörk");
+        for (const char *broken : {"<orvane", "<orvane/>", "<orvane><workspace/></orvane>",
+                                   "<orvane><workspace path=\"\"/></orvane>",
+                                   "<orvane><workspace path=\"/a\"/><workspace path=\"/b\"/></orvane>"}) {
+            write_file(pointer, broken);
+            EXPECT_FALSE(ov_workspace_get_saved_folder_path(&path)) << broken;
+            EXPECT_EQ(path, nullptr);
+            EXPECT_STRNE(ov_error_get(), "");
+            ov_error_clear();
+        }
+        EXPECT_TRUE(ov_workspace_save_folder_path(nullptr) && ov_workspace_save_folder_path(nullptr));
+        EXPECT_FALSE(file_exists(pointer));
+
+        const std::string workspace = dir.file("home/Orvane Workspace");
+        EXPECT_EQ(ov::gstr(ov_workspace_get_default_folder_path()).get(), workspace);
+        const std::function<void()> refusals[] = {
+            [] {},                                // no folder
+            [&] { write_file(workspace, "x"); }, // a file instead of the folder
+            [&] { // a file named layouts
+                g_unlink(workspace.c_str()), make_folder(workspace), write_file(workspace + "/layouts", "x");
+            }};
+        for (const auto &refuse : refusals) {
+            refuse();
+            ov_error_clear();
+            EXPECT_FALSE(ov_workspace_open());
+            EXPECT_STRNE(ov_error_get(), "");
+            EXPECT_EQ(ov_workspace_get_codesets_folder_path(), nullptr); // nothing kept
+        }
+        g_unlink((workspace + "/layouts").c_str());
+
+        EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
+        const std::pair<const char *(*)(), const char *> folders[] = {
+            {ov_workspace_get_codesets_folder_path, "codesets"},
+            {ov_workspace_get_layouts_folder_path, "layouts"},
+            {ov_workspace_get_templates_folder_path, "templates"},
+            {ov_workspace_get_font_files_folder_path, "fonts"},
+            {ov_workspace_get_object_files_folder_path, "documents"}};
+        for (const auto &[get, name] : folders) {
+            EXPECT_EQ(get(), workspace + "/" + name);
+            EXPECT_EQ(g_file_test(get(), G_FILE_TEST_IS_DIR), name != std::string("fonts")) << name;
+        }
+        EXPECT_FALSE(file_exists(pointer)); // opening never writes it
+        ov_workspace_close();
+
+        // The saved folder is opened; a broken pointer file falls back to the default.
+        make_folder(dir.file("other"));
+        EXPECT_TRUE(ov_workspace_save_folder_path(dir.file("other/").c_str()));
+        for (const std::string &opened : {dir.file("other"), workspace}) {
+            EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
+            EXPECT_EQ(ov_workspace_get_workspace_folder_path(), opened);
+            ov_workspace_close();
+            write_file(pointer, "<broken");
+        }
+    });
 }
 
-TEST(Workspace, OpensTheDefaultFolderAndCreatesMissingSubfolders)
+TEST(Workspace, CreateInstallsTheShippedFilesWithoutOverwritingAndSavesThePointer)
 {
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  const std::string workspace = dir.file("home/Orvane Workspace");
-                  ov::GStr default_path = ov::gstr(ov_workspace_get_default_folder_path());
-                  EXPECT_STREQ(default_path.get(), workspace.c_str());
-                  g_mkdir(workspace.c_str(), 0700);
-                  g_mkdir((workspace + "/templates").c_str(), 0700);
-                  write_file(workspace + "/templates/mine.template", "mine");
+    run_with_home([&](const TempDir &dir) {
+        make_installation(dir);
+        const std::string folder = dir.file("home/W/");
+        EXPECT_TRUE(ov_workspace_create((folder + "/").c_str())) << ov_error_get();
+        for (const char *name : {"codesets/a.codeset", "layouts/standard.layout", "templates/paper.template"})
+            EXPECT_EQ(read_file(folder + name), std::string("shipped ") + name);
+        EXPECT_FALSE(file_exists(folder + "layouts/subfolder"));
+        EXPECT_TRUE(ov_workspace_open());
+        EXPECT_EQ(ov_workspace_get_workspace_folder_path() + std::string("/"), folder);
+        ov_workspace_close();
+        ov_error_clear();
+        EXPECT_FALSE(ov_workspace_create(folder.c_str())); // exists already
+        EXPECT_STRNE(ov_error_get(), "");
 
-                  EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
-                  EXPECT_STREQ(ov_workspace_get_workspace_folder_path(), workspace.c_str());
-                  EXPECT_STREQ(ov_workspace_get_codesets_folder_path(), (workspace + "/codesets").c_str());
-                  EXPECT_STREQ(ov_workspace_get_font_files_folder_path(), (workspace + "/fonts").c_str());
-                  EXPECT_STREQ(ov_workspace_get_layouts_folder_path(), (workspace + "/layouts").c_str());
-                  EXPECT_STREQ(ov_workspace_get_object_files_folder_path(), (workspace + "/documents").c_str());
-                  EXPECT_STREQ(ov_workspace_get_templates_folder_path(), (workspace + "/templates").c_str());
-                  for (const char *name : {"codesets", "layouts", "documents", "templates"})
-                      EXPECT_TRUE(is_folder(workspace + "/" + name)) << name;
-                  EXPECT_FALSE(file_exists(workspace + "/fonts"));
-                  EXPECT_EQ(read_file(workspace + "/templates/mine.template"), "mine");
-                  // Opening never writes the pointer file.
-                  EXPECT_FALSE(file_exists(dir.file("config/orvane/orvane.xml")));
-                  ov_workspace_close();
-                  EXPECT_EQ(ov_workspace_get_workspace_folder_path(), nullptr);
-                  return true;
-              }));
+        write_file(folder + "templates/paper.template", "the user's");
+        g_unlink((folder + "templates/painting.template").c_str());
+        EXPECT_TRUE(ov_workspace_install_components(folder.c_str(), "templates"));
+        EXPECT_EQ(read_file(folder + "templates/paper.template"), "the user's");
+        EXPECT_EQ(read_file(folder + "templates/painting.template"), "shipped templates/painting.template");
+        EXPECT_TRUE(ov_workspace_install_components(folder.c_str(), "fonts")); // nothing shipped
+    });
 }
 
-TEST(Workspace, OpenFailsAndLeavesNoState)
+TEST(Workspace, FailedCreateUndoesEveryStep)
 {
-    struct Case {
-        const char *what;
-        std::function<void(const std::string &workspace)> prepare;
-    };
-    const Case cases[] = {
-        {"no folder", [](const std::string &) {}},
-        {"a file instead of the folder", [](const std::string &w) { write_file(w, "x"); }},
-        {"a file named layouts",
-         [](const std::string &w) {
-             g_mkdir(w.c_str(), 0700);
-             write_file(w + "/layouts", "x");
-         }},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        TempDir dir;
-        expect_success(ov::test::run_with_home(dir, [&] {
-                      c.prepare(dir.file("home/Orvane Workspace"));
-                      EXPECT_FALSE(ov_workspace_open());
-                      EXPECT_STRNE(ov_error_get(), "");
-                      EXPECT_EQ(ov_workspace_get_workspace_folder_path(), nullptr);
-                      EXPECT_EQ(ov_workspace_get_codesets_folder_path(), nullptr);
-                      return true;
-                  }));
-    }
-}
-
-TEST(Workspace, PointerFile)
-{
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  const std::string pointer = dir.file("config/orvane/orvane.xml");
-                  char stale[] = "stale";
-                  char *path = stale;
-                  EXPECT_TRUE(ov_workspace_get_saved_folder_path(&path));
-                  EXPECT_EQ(path, nullptr);
-
-                  // The configuration folder itself is made when missing.
-                  EXPECT_TRUE(ov_workspace_save_folder_path("/w/My Wörk//")) << ov_error_get();
-                  EXPECT_EQ(read_file(pointer), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                                "<orvane>\n  <workspace path=\"/w/My Wörk//\"/>\n</orvane>\n");
-                  EXPECT_TRUE(ov_workspace_get_saved_folder_path(&path));
-                  EXPECT_STREQ(path, "/w/My Wörk");
-                  g_free(path);
-
-                  EXPECT_TRUE(ov_workspace_save_folder_path(nullptr));
-                  EXPECT_FALSE(file_exists(pointer));
-                  EXPECT_TRUE(ov_workspace_save_folder_path(nullptr));
-
-                  const char *broken[] = {
-                      "<orvane",
-                      "<orvane/>",
-                      "<orvane><workspace/></orvane>",
-                      "<orvane><workspace path=\"\"/></orvane>",
-                      "<orvane><workspace path=\"/a\"/><workspace path=\"/b\"/></orvane>",
-                  };
-                  for (const char *contents : broken) {
-                      write_file(pointer, contents);
-                      ov_error_clear();
-                      path = nullptr;
-                      EXPECT_FALSE(ov_workspace_get_saved_folder_path(&path)) << contents;
-                      EXPECT_EQ(path, nullptr);
-                      EXPECT_STRNE(ov_error_get(), "");
-                  }
-                  return true;
-              }));
-}
-
-TEST(Workspace, PointerFileFolderThatIsAFile)
-{
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  g_mkdir(dir.file("config").c_str(), 0700);
-                  write_file(dir.file("config/orvane"), "x");
-                  ov_error_clear();
-                  EXPECT_FALSE(ov_workspace_save_folder_path("/w"));
-                  EXPECT_TRUE(g_str_has_prefix(ov_error_get(),
-                                               "Error creating/accessing directory for settings in user config dir."));
-                  return true;
-              }));
-}
-
-TEST(Workspace, OpensTheSavedFolder)
-{
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  const std::string workspace = dir.file("elsewhere");
-                  g_mkdir(workspace.c_str(), 0700);
-                  EXPECT_TRUE(ov_workspace_save_folder_path((workspace + "/").c_str()));
-                  EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
-                  EXPECT_STREQ(ov_workspace_get_workspace_folder_path(), workspace.c_str());
-                  ov_workspace_close();
-
-                  // A broken pointer file falls back to the default folder.
-                  write_file(dir.file("config/orvane/orvane.xml"), "<broken");
-                  g_mkdir(dir.file("home/Orvane Workspace").c_str(), 0700);
-                  EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
-                  EXPECT_STREQ(ov_workspace_get_workspace_folder_path(), dir.file("home/Orvane Workspace").c_str());
-                  ov_workspace_close();
-                  return true;
-              }));
-}
-
-TEST(Workspace, CreateInstallsShippedComponentsAndSavesThePointer)
-{
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  make_installation(dir);
-                  const std::string workspace = dir.file("home/W");
-                  EXPECT_TRUE(ov_workspace_create((workspace + "//").c_str())) << ov_error_get();
-                  EXPECT_EQ(read_file(workspace + "/codesets/a.codeset"), "shipped a");
-                  EXPECT_EQ(read_file(workspace + "/layouts/standard.layout"), "shipped standard");
-                  EXPECT_EQ(read_file(workspace + "/templates/paper.template"), "shipped paper");
-                  // Folders of the installation are not copied.
-                  EXPECT_FALSE(file_exists(workspace + "/layouts/subfolder"));
-                  char *saved = nullptr;
-                  EXPECT_TRUE(ov_workspace_get_saved_folder_path(&saved));
-                  EXPECT_STREQ(saved, workspace.c_str());
-                  g_free(saved);
-
-                  ov_error_clear();
-                  EXPECT_FALSE(ov_workspace_create(workspace.c_str()));
-                  EXPECT_STRNE(ov_error_get(), "");
-
-                  EXPECT_TRUE(ov_workspace_open());
-                  EXPECT_STREQ(ov_workspace_get_workspace_folder_path(), workspace.c_str());
-                  ov_workspace_close();
-                  return true;
-              }));
-}
-
-TEST(Workspace, FailedCreateLeavesNothingBehind)
-{
-    struct Case {
-        const char *what;
-        std::function<void(const TempDir &)> break_it;
-    };
-    const Case cases[] = {
-        {"templates cannot be copied",
-         [](const TempDir &dir) {
-             g_unlink(dir.file("install/templates/painting.template").c_str());
-             g_unlink(dir.file("install/templates/paper.template").c_str());
-             g_rmdir(dir.file("install/templates").c_str());
+    const std::pair<const char *, std::function<void(const TempDir &)>> breakers[] = {
+        {"", [](const TempDir &dir) { // the templates cannot be copied
+             for (const char *name : {"/painting.template", "/paper.template", ""})
+                 g_remove(dir.file(std::string("install/templates") + name).c_str());
              write_file(dir.file("install/templates"), "not a folder");
          }},
-        {"the pointer file cannot be written", [](const TempDir &dir) {
-             g_mkdir(dir.file("config").c_str(), 0700);
-             write_file(dir.file("config/orvane"), "x");
-         }},
+        {"Error creating/accessing directory for settings in user config dir.",
+         [](const TempDir &dir) { write_file(dir.file("config/orvane"), "x"); }},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        TempDir dir;
-        expect_success(ov::test::run_with_home(dir, [&] {
-                      make_installation(dir);
-                      c.break_it(dir);
-                      ov_error_clear();
-                      EXPECT_FALSE(ov_workspace_create(dir.file("home/W").c_str()));
-                      EXPECT_STRNE(ov_error_get(), "");
-                      EXPECT_FALSE(file_exists(dir.file("home/W")));
-                      EXPECT_FALSE(file_exists(dir.file("config/orvane/orvane.xml")));
-                      return true;
-                  }));
+    for (const auto &[message, break_it] : breakers) {
+        run_with_home([&](const TempDir &dir) {
+            make_installation(dir);
+            make_folder(dir.file("config"));
+            break_it(dir);
+            EXPECT_FALSE(ov_workspace_create(dir.file("home/W").c_str()));
+            EXPECT_TRUE(*ov_error_get() != '\0' && g_str_has_prefix(ov_error_get(), message));
+            EXPECT_FALSE(file_exists(dir.file("home/W")));
+            EXPECT_FALSE(file_exists(dir.file("config/orvane/orvane.xml")));
+        });
     }
 }
 
-TEST(Workspace, InstallNeverOverwrites)
+TEST(Workspace, LayoutUpgradesReplaceOnlyUnchangedEarlierEditions)
 {
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  make_installation(dir);
-                  const std::string workspace = dir.file("W");
-                  g_mkdir_with_parents((workspace + "/templates").c_str(), 0700);
-                  write_file(workspace + "/templates/paper.template", "changed by the user");
-                  EXPECT_TRUE(ov_workspace_install_components(workspace.c_str(), "templates"));
-                  EXPECT_EQ(read_file(workspace + "/templates/paper.template"), "changed by the user");
-                  EXPECT_EQ(read_file(workspace + "/templates/painting.template"), "shipped painting");
-                  // Nothing shipped of a kind is success.
-                  EXPECT_TRUE(ov_workspace_install_components(workspace.c_str(), "fonts"));
-                  EXPECT_FALSE(file_exists(workspace + "/fonts"));
-                  return true;
-              }));
+    run_with_home([&](const TempDir &dir) {
+        make_installation(dir);
+        const std::string layouts = dir.file("home/Orvane Workspace/layouts/");
+        make_folder(layouts);
+        write_file(layouts + "standard.layout", "old standard");
+        EXPECT_TRUE(ov_workspace_open()); // the suite's own sums: of files we do not have
+        EXPECT_EQ(read_file(layouts + "standard.layout"), "old standard");
+
+        auto md5 = [](const char *text) {
+            return ov::gstr(g_compute_checksum_for_string(G_CHECKSUM_MD5, text, -1));
+        };
+        const ov::GStr standard = md5("old standard"), modern = md5("old modern"), simple = md5("old simple");
+        const OvLayoutEdition editions[] = {{"bundled_modern.layout", modern.get()},
+            {"bundled_simple.layout", simple.get()}, {"bundled_grey_blocks.layout", modern.get()}};
+        const std::tuple<const char *, const char *, bool> copies[] = {
+            {"standard.layout", "old standard", true},      {"bundled_modern.layout", "old modern", true},
+            {"bundled_simple.layout", "old simple", false}, // not shipped any more
+            {"standard.layout", "changed", false},          {"bundled_modern.layout", "changed", false}};
+        for (const auto &[name, text, replaced] : copies) {
+            write_file(layouts + name, text);
+            ov_workspace_upgrade_layouts(standard.get(), editions, 3);
+            EXPECT_EQ(read_file(layouts + name), replaced ? std::string("shipped layouts/") + name : text);
+        }
+        EXPECT_FALSE(file_exists(layouts + "bundled_grey_blocks.layout"));
+        ov_workspace_close();
+    });
 }
-
-TEST(Workspace, LayoutUpgradesFollowTheChecksums)
-{
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  make_installation(dir);
-                  const std::string layouts = dir.file("home/Orvane Workspace/layouts");
-                  g_mkdir_with_parents(layouts.c_str(), 0700);
-                  // The suite's own sums are of files we do not have; an
-                  // unchanged open keeps every layout.
-                  write_file(layouts + "/standard.layout", "the user's standard");
-                  write_file(layouts + "/bundled_modern.layout", "the user's modern");
-                  EXPECT_TRUE(ov_workspace_open());
-                  EXPECT_EQ(read_file(layouts + "/standard.layout"), "the user's standard");
-                  EXPECT_EQ(read_file(layouts + "/bundled_modern.layout"), "the user's modern");
-
-                  const std::string old_standard = "old standard";
-                  const std::string old_modern = "old modern";
-                  const std::string old_simple = "old simple";
-                  const std::string md5_standard = md5_of(old_standard);
-                  const std::string md5_modern = md5_of(old_modern);
-                  const std::string md5_simple = md5_of(old_simple);
-                  const OvLayoutEdition editions[] = {
-                      {"bundled_modern.layout", md5_modern.c_str()},
-                      {"bundled_simple.layout", md5_simple.c_str()},
-                      {"bundled_grey_blocks.layout", md5_modern.c_str()},
-                  };
-                  write_file(layouts + "/standard.layout", old_standard);
-                  write_file(layouts + "/bundled_modern.layout", old_modern);
-                  // Not shipped any more: an unchanged old copy stays.
-                  write_file(layouts + "/bundled_simple.layout", old_simple);
-                  g_unlink(dir.file("install/layouts/bundled_grey_blocks.layout").c_str());
-                  ov_workspace_upgrade_layouts(md5_standard.c_str(), editions, 3);
-                  EXPECT_EQ(read_file(layouts + "/standard.layout"), "shipped standard");
-                  EXPECT_EQ(read_file(layouts + "/bundled_modern.layout"), "shipped modern");
-                  EXPECT_EQ(read_file(layouts + "/bundled_simple.layout"), old_simple);
-                  EXPECT_FALSE(file_exists(layouts + "/bundled_grey_blocks.layout"));
-
-                  // A changed copy is left alone.
-                  write_file(layouts + "/standard.layout", "changed");
-                  write_file(layouts + "/bundled_modern.layout", "changed");
-                  ov_workspace_upgrade_layouts(md5_standard.c_str(), editions, 3);
-                  EXPECT_EQ(read_file(layouts + "/standard.layout"), "changed");
-                  EXPECT_EQ(read_file(layouts + "/bundled_modern.layout"), "changed");
-                  ov_workspace_close();
-                  return true;
-              }));
-}
-
-struct Events {
-    std::vector<std::string> list;
-    static void record(const char *kind, OvWorkspaceObjectFile *object_file, gpointer data)
-    {
-        static_cast<Events *>(data)->list.push_back(std::string(kind) + " " + object_file->object_id);
-    }
-    std::string take()
-    {
-        std::string text;
-        for (const auto &event : list)
-            text += (text.empty() ? "" : ", ") + event;
-        list.clear();
-        return text;
-    }
-};
 
 TEST(Workspace, RefreshReportsAddedChangedAndRemovedObjectFiles)
 {
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  const std::string documents = dir.file("home/Orvane Workspace/documents");
-                  g_mkdir_with_parents(documents.c_str(), 0700);
-                  write_file(documents + "/A.orvane", "a");
-                  write_file(documents + "/B`2fC.orvane", "b");
-                  write_file(documents + "/bad`zz.orvane", "ignored: not a FAT-safe name");
-                  write_file(documents + "/note.txt", "ignored");
-                  write_file(documents + "/.orvane", "ignored: no name");
-                  g_mkdir((documents + "/D.orvane").c_str(), 0700);
-                  EXPECT_TRUE(ov_workspace_open());
+    run_with_home([&](const TempDir &dir) {
+        const std::string documents = dir.file("home/Orvane Workspace/documents/");
+        make_folder(documents + "D.orvane"); // a folder, a bad name, another type, no name: ignored
+        for (const char *name : {"A.orvane", "B`2fC.orvane", "bad`zz.orvane", "note.txt", ".orvane"})
+            write_file(documents + name, "x");
+        EXPECT_TRUE(ov_workspace_open());
+        static std::set<std::string> events;
+        auto record = [](OvWorkspaceObjectFile *file, gpointer kind) {
+            events.insert(std::string(static_cast<const char *>(kind)) + " " + file->object_id);
+        };
+        ov_workspace_set_object_file_added_callback(record, const_cast<char *>("added"));
+        ov_workspace_set_object_file_changed_callback(record, const_cast<char *>("changed"));
+        ov_workspace_set_object_file_removed_callback(record, const_cast<char *>("removed"));
+        using Events = std::set<std::string>;
+        auto refresh = [] { events.clear(); EXPECT_TRUE(ov_workspace_refresh()); return events; };
+        EXPECT_EQ(refresh(), (Events{"added A", "added B/C"}));
+        EXPECT_EQ(refresh(), Events{});
+        struct utimbuf times = {1000000000, 1000000000};
+        utime((documents + "A.orvane").c_str(), &times);
+        g_unlink((documents + "B`2fC.orvane").c_str());
+        EXPECT_EQ(refresh(), (Events{"changed A", "removed B/C"}));
 
-                  Events events;
-                  ov_workspace_set_object_file_added_callback(
-                      [](OvWorkspaceObjectFile *f, gpointer d) { Events::record("added", f, d); }, &events);
-                  ov_workspace_set_object_file_changed_callback(
-                      [](OvWorkspaceObjectFile *f, gpointer d) { Events::record("changed", f, d); }, &events);
-                  ov_workspace_set_object_file_removed_callback(
-                      [](OvWorkspaceObjectFile *f, gpointer d) { Events::record("removed", f, d); }, &events);
-
-                  EXPECT_TRUE(ov_workspace_refresh());
-                  std::vector<std::string> added = events.list;
-                  std::sort(added.begin(), added.end());
-                  EXPECT_EQ(added, (std::vector<std::string>{"added A", "added B/C"}));
-                  events.list.clear();
-
-                  EXPECT_TRUE(ov_workspace_refresh());
-                  EXPECT_EQ(events.take(), "");
-
-                  struct utimbuf times = {1000000000, 1000000000};
-                  utime((documents + "/A.orvane").c_str(), &times);
-                  g_unlink((documents + "/B`2fC.orvane").c_str());
-                  EXPECT_TRUE(ov_workspace_refresh());
-                  EXPECT_EQ(events.take(), "changed A, removed B/C");
-
-                  EXPECT_TRUE(ov_workspace_get_object_file_status("A"));
-                  EXPECT_FALSE(ov_workspace_get_object_file_status("B/C"));
-                  EXPECT_FALSE(ov_workspace_get_object_file_status("D"));
-                  ov::GStr path = ov::gstr(ov_workspace_create_object_file_path("B/C"));
-                  EXPECT_EQ(std::string(path.get()), documents + "/B`2fC.orvane");
-                  EXPECT_TRUE(ov_workspace_has_object_file_path((documents + "/A.orvane").c_str()));
-                  EXPECT_FALSE(ov_workspace_has_object_file_path(dir.file("home/A.orvane").c_str()));
-                  ov_workspace_close();
-                  return true;
-              }));
-}
-
-TEST(Workspace, ReadsCodesetsByName)
-{
-    TempDir dir;
-    expect_success(ov::test::run_with_home(dir, [&] {
-                  ov_error_clear();
-                  EXPECT_EQ(ov_codeset_io_read_from_file_in_workspace("a.codeset"), nullptr);
-                  EXPECT_STREQ(ov_error_get(), "No workspace is open.");
-
-                  g_mkdir_with_parents(dir.file("home/Orvane Workspace/codesets").c_str(), 0700);
-                  write_file(dir.file("home/Orvane Workspace/codesets/a.codeset"),
-                             "<codeset><name lang=\"sv\">A</name><remark><code>1</code>"
-                             "<description lang=\"sv\">x</description></remark></codeset>");
-                  EXPECT_TRUE(ov_workspace_open());
-                  OvCodeset *codeset = ov_codeset_io_read_from_file_in_workspace("a.codeset");
-                  EXPECT_NE(codeset, nullptr) << ov_error_get();
-                  ov_codeset_destroy(codeset);
-                  ov_workspace_close();
-                  return true;
-              }));
+        EXPECT_TRUE(ov_workspace_get_object_file_status("A"));
+        EXPECT_FALSE(ov_workspace_get_object_file_status("B/C"));
+        EXPECT_EQ(ov::gstr(ov_workspace_create_object_file_path("B/C")).get(), documents + "B`2fC.orvane");
+        EXPECT_TRUE(ov_workspace_has_object_file_path((documents + "A.orvane").c_str()));
+        ov_workspace_close();
+    });
 }
 
 } // namespace
