@@ -377,22 +377,27 @@ gboolean ov_xml_write_to_file(xmlDoc *doc, const char *path, const char *encodin
 
 gboolean ov_xml_write_to_stream(xmlDoc *doc, FILE *stream, const char *encoding)
 {
-    // The document goes to the descriptor; what the caller wrote before it
-    // must be there first.
-    if (std::fflush(stream) != 0) {
-        ov_error_set_file_io_writing();
-        return FALSE;
-    }
+    // libxml2 goes through the caller's stdio stream, so what the caller
+    // wrote before stays first, and every write is counted: writing to the
+    // bare descriptor let a short write (a full disk) pass as success.
+    constexpr auto write_all = [](void *context, const char *buffer, int length) -> int {
+        if (length > 0 &&
+            std::fwrite(buffer, 1, static_cast<size_t>(length), static_cast<FILE *>(context)) !=
+                static_cast<size_t>(length))
+            return -1;
+        return length;
+    };
+    constexpr auto close_nothing = [](void *) -> int { return 0; };
     ov::XmlMessageCollector messages;
-    xmlSaveCtxt *context = xmlSaveToFd(fileno(stream), encoding, XML_SAVE_FORMAT);
+    xmlSaveCtxt *context = xmlSaveToIO(write_all, close_nothing, stream, encoding, XML_SAVE_FORMAT);
     if (context == nullptr) {
         ov_error_set("Could not create XML saving context for file.");
         return FALSE;
     }
     const long saved = xmlSaveDoc(context, doc);
-    // Buffered output reaches the descriptor only when the context closes.
+    // Buffered output reaches the stream only when the context closes.
     const int closed = xmlSaveClose(context);
-    if (saved < 0 || closed < 0) {
+    if (saved < 0 || closed < 0 || std::fflush(stream) != 0 || std::ferror(stream) != 0) {
         ov_error_set("Could not write XML data.");
         return FALSE;
     }
