@@ -4,8 +4,6 @@
 
 #include "core/error.h"
 #include "core/raii.h"
-#include "core/xml.h"
-#include "lang/langstr.h"
 #include "support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -13,63 +11,58 @@
 #include <algorithm>
 #include <csignal>
 #include <random>
+#include <sstream>
 #include <string>
 #include <sys/resource.h>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 namespace {
 
+using ov::test::read_file;
 using ov::test::TempDir;
-using Translations = std::vector<std::pair<const char *, const char *>>;
+using ov::test::write_file;
+using RemarkListPtr = ov::Owned<OvRemarkList, ov_remark_list_destroy>;
+using CodesetPtr = ov::Owned<OvCodeset, ov_codeset_destroy>;
 
-langstr *make_langstr(const Translations &translations)
-{
-    langstr *ls = nullptr;
-    for (const auto &[tag, text] : translations)
-        ov_langstr_set_translation(&ls, ov_locale_get_by_tag(tag), text);
-    return ls;
-}
+const OvLocale *swedish() { return ov_locale_get_by_tag("sv"); }
 
-OvRemark *make_remark(const char *code, const Translations &translations = {{"en-uk", "x"}})
+OvRemark *make_remark(const char *code, const char *english = "x", const char *swedish_text = nullptr)
 {
     OvRemark *remark = ov_remark_new();
     remark->code = g_strdup(code);
-    remark->description = make_langstr(translations);
+    ov_langstr_set_translation(&remark->description, ov_locale_get_uk_english(), english);
+    if (swedish_text != nullptr)
+        ov_langstr_set_translation(&remark->description, swedish(), swedish_text);
     return remark;
 }
 
-// "code" or "code:text" per remark, the text in UK English, space-separated.
+// Remarks "code", "code:english" or "code:english/swedish" ("-" for no
+// code), appended or inserted sorted.
+RemarkListPtr make_list(const char *remarks, bool sorted = false)
+{
+    RemarkListPtr list(ov_remark_list_new());
+    std::istringstream in(remarks);
+    for (std::string text; in >> text;) {
+        ov::GStrv parts(g_strsplit_set(text.c_str(), ":/", 3));
+        char **part = parts.get();
+        OvRemark *remark = make_remark(text == "-" ? nullptr : part[0], part[1] ? part[1] : "x",
+                                       part[1] ? part[2] : nullptr);
+        (sorted ? ov_remark_list_add_remark_sorted : ov_remark_list_add_remark_last)(list.get(), remark);
+    }
+    return list;
+}
+
+// "code" or "code:english" per remark, space-separated.
 std::string describe(const OvRemarkList *list, bool with_text = false)
 {
     std::string text;
     for (const OvRemark *remark : *list) {
-        if (!text.empty())
-            text += ' ';
-        text += remark->code != nullptr ? remark->code : "-";
-        if (with_text) {
-            const char *description = ov_langstr_get_text(remark->description, ov_locale_get_uk_english());
-            text += std::string(":") + (description != nullptr ? description : "");
-        }
+        text += std::string(text.empty() ? "" : " ") + (remark->code != nullptr ? remark->code : "-");
+        if (with_text)
+            text += std::string(":") + ov_langstr_get_text(remark->description, ov_locale_get_uk_english());
     }
     return text;
-}
-
-struct RemarkListDeleter {
-    void operator()(OvRemarkList *list) const { ov_remark_list_destroy(list); }
-};
-using RemarkListPtr = std::unique_ptr<OvRemarkList, RemarkListDeleter>;
-struct CodesetDeleter {
-    void operator()(OvCodeset *codeset) const { ov_codeset_destroy(codeset); }
-};
-using CodesetPtr = std::unique_ptr<OvCodeset, CodesetDeleter>;
-
-RemarkListPtr sorted_list(const std::vector<const char *> &codes)
-{
-    RemarkListPtr list(ov_remark_list_new());
-    for (const char *code : codes)
-        ov_remark_list_add_remark_sorted(list.get(), make_remark(code, {{"en-uk", code ? code : "none"}}));
-    return list;
 }
 
 class Codeset : public ::testing::Test {
@@ -78,312 +71,136 @@ protected:
     void TearDown() override { ov_error_clear(); }
 };
 
-// Remarks and remark lists
-
 TEST_F(Codeset, SortedInsertionFollowsTheCascade)
 {
-    struct Case {
-        std::vector<const char *> codes;
-        const char *expected;
-    };
-    const Case cases[] = {
-        {{"10", "9", "a", "B"}, "9 10 a B"},
-        {{"R10", "R2", "R1"}, "R1 R2 R10"},
+    const std::pair<const char *, const char *> cases[] = {
+        {"10 9 a B", "9 10 a B"}, {"R10 R2 R1", "R1 R2 R10"}, {"", ""},
         // Case and leading zeros decide only after the looser tests tie.
-        {{"r2", "R2", "r02", "R02"}, "R02 r02 R2 r2"},
-        {{"R007", "R7", "r7"}, "R007 R7 r7"},
-        {{"b", "A", "a", "B"}, "A a B b"},
-        // A remark without a code goes last when it is added; later codes
-        // walk past it, since no code compares greater than a text.
-        {{nullptr, "B", "", "A"}, "- A B "},
-        {{}, ""},
+        {"r2 R2 r02 R02", "R02 r02 R2 r2"}, {"R007 R7 r7", "R007 R7 r7"}, {"b A a B", "A a B b"},
+        // A remark without a code goes last when added; later codes walk past it.
+        {"- B :x A", "- A B "},
     };
-    for (const Case &c : cases) {
-        RemarkListPtr list = sorted_list(c.codes);
-        EXPECT_EQ(describe(list.get()), c.expected);
-    }
+    for (const auto &[codes, expected] : cases)
+        EXPECT_EQ(describe(make_list(codes, true).get()), expected) << codes;
 }
 
-TEST_F(Codeset, CompareCodesIsAntisymmetric)
+TEST_F(Codeset, EqualCodesKeepInsertionOrderAndLookupsTakeTheFirst)
 {
-    const char *codes[] = {"1", "01", "001", "a", "A", "a1", "A01", "a 1", "a10", "a9", "", "x y", "xy"};
-    for (const char *a : codes)
-        for (const char *b : codes) {
-            int ab = ov_remark_compare_codes(a, b);
-            int ba = ov_remark_compare_codes(b, a);
-            EXPECT_EQ(ab == 0, g_strcmp0(a, b) == 0) << a << " " << b;
-            EXPECT_EQ(ab < 0, ba > 0) << a << " " << b;
-        }
-}
-
-TEST_F(Codeset, EqualCodesKeepInsertionOrder)
-{
-    RemarkListPtr list(ov_remark_list_new());
-    ov_remark_list_add_remark_sorted(list.get(), make_remark("R1", {{"en-uk", "first"}}));
-    ov_remark_list_add_remark_sorted(list.get(), make_remark("R2", {{"en-uk", "other"}}));
-    ov_remark_list_add_remark_sorted(list.get(), make_remark("R1", {{"en-uk", "second"}}));
-    EXPECT_EQ(describe(list.get(), true), "R1:first R1:second R2:other");
-    // Lookups take the first of equal codes.
-    EXPECT_STREQ(ov_langstr_get_text(ov_remark_list_get_remark_for_code(list.get(), "R1")->description, nullptr),
-                 "first");
+    RemarkListPtr list = make_list("R1:one R2:two R1:uno", true);
+    EXPECT_EQ(describe(list.get(), true), "R1:one R1:uno R2:two");
+    EXPECT_EQ(ov_remark_list_get_remark_for_code(list.get(), "R1"), list->first());
     EXPECT_EQ(ov_remark_list_get_remark_for_code(list.get(), "r1"), nullptr);
+    RemarkListPtr probes = make_list("R1:one R1:uno R1:one/ett B:one");
+    std::string found;
+    for (const OvRemark *probe : *probes)
+        found += ov_remark_list_has_remark(list.get(), probe->code, probe->description) ? 'T' : 'F';
+    EXPECT_EQ(found, "TFFF");
 }
 
-TEST_F(Codeset, AddFirstLastIndexAndDestroy)
+TEST_F(Codeset, ClonesAndCopiesAreDeep)
 {
-    RemarkListPtr list(ov_remark_list_new());
-    EXPECT_TRUE(ov_remark_list_is_empty(list.get()));
-    OvRemark *b = make_remark("b");
-    OvRemark *a = make_remark("a");
-    OvRemark *c = make_remark("c");
-    ov_remark_list_add_remark_last(list.get(), b);
-    ov_remark_list_add_remark_first(list.get(), a);
-    ov_remark_list_add_remark_last(list.get(), c);
-    EXPECT_EQ(describe(list.get()), "a b c");
-    EXPECT_EQ(ov_remark_get_index(a), 0);
-    EXPECT_EQ(ov_remark_get_index(c), 2);
-
-    ov_remark_remove(b);
-    EXPECT_EQ(describe(list.get()), "a c");
-    EXPECT_EQ(b->previous, nullptr);
-    EXPECT_EQ(b->next, nullptr);
-    ov_remark_destroy(b);
-    ov_remark_destroy(nullptr);
-
-    ov_remark_list_destroy_remarks(list.get());
-    EXPECT_TRUE(ov_remark_list_is_empty(list.get()));
-    ov_remark_list_destroy(nullptr);
-}
-
-TEST_F(Codeset, CloneAndCopyAreDeepAndUnsorted)
-{
-    RemarkListPtr source(ov_remark_list_new());
-    ov_remark_list_add_remark_last(source.get(), make_remark("z", {{"en-uk", "zed"}, {"sv", "zäta"}}));
-    ov_remark_list_add_remark_last(source.get(), make_remark("a", {{"en-uk", "ay"}}));
-
-    RemarkListPtr destination = sorted_list({"m"});
-    ov_remark_list_copy_remarks(destination.get(), source.get());
-    EXPECT_EQ(describe(destination.get(), true), "m:m z:zed a:ay");
-
-    OvRemark *original = source->first();
-    OvRemark *copy = destination->first()->next;
-    EXPECT_NE(copy->code, original->code);
-    EXPECT_NE(copy->description, original->description);
-    EXPECT_TRUE(ov_langstr_is_identical(copy->description, original->description));
-
-    OvRemark *clone = ov_remark_clone(original);
-    EXPECT_EQ(clone->previous, nullptr);
-    EXPECT_EQ(clone->next, nullptr);
-    EXPECT_STREQ(clone->code, "z");
-    ov_remark_destroy(clone);
-}
-
-TEST_F(Codeset, HasRemarkComparesTheFirstRemarkOfTheCode)
-{
-    RemarkListPtr list(ov_remark_list_new());
-    ov_remark_list_add_remark_last(list.get(), make_remark("A", {{"en-uk", "one"}}));
-    ov_remark_list_add_remark_last(list.get(), make_remark("A", {{"en-uk", "two"}}));
-    langstr *one = make_langstr({{"en-uk", "one"}});
-    langstr *two = make_langstr({{"en-uk", "two"}});
-    langstr *one_and_sv = make_langstr({{"en-uk", "one"}, {"sv", "ett"}});
-    EXPECT_TRUE(ov_remark_list_has_remark(list.get(), "A", one));
-    EXPECT_FALSE(ov_remark_list_has_remark(list.get(), "A", two));
-    EXPECT_FALSE(ov_remark_list_has_remark(list.get(), "A", one_and_sv));
-    EXPECT_FALSE(ov_remark_list_has_remark(list.get(), "B", one));
-    ov_langstr_free(one);
-    ov_langstr_free(two);
-    ov_langstr_free(one_and_sv);
-}
-
-TEST_F(Codeset, SubsetLooksAtEveryRemarkOfTheSameCode)
-{
-    auto list = [](std::vector<std::pair<const char *, Translations>> remarks) {
-        RemarkListPtr result(ov_remark_list_new());
-        for (auto &[code, translations] : remarks)
-            ov_remark_list_add_remark_last(result.get(), make_remark(code, translations));
-        return result;
-    };
-    RemarkListPtr empty = list({});
-    RemarkListPtr small = list({{"A", {{"en-uk", "one"}}}});
-    RemarkListPtr big = list({{"A", {{"en-uk", "uno"}}},
-                              {"B", {{"en-uk", "b"}}},
-                              {"A", {{"en-uk", "one"}, {"sv", "ett"}}}});
-    RemarkListPtr other_code = list({{"a", {{"en-uk", "one"}}}});
-
-    EXPECT_TRUE(ov_remark_list_is_subset(empty.get(), empty.get()));
-    EXPECT_TRUE(ov_remark_list_is_subset(empty.get(), big.get()));
-    EXPECT_FALSE(ov_remark_list_is_subset(small.get(), empty.get()));
-    // The second remark with code A holds all of small's translations.
-    EXPECT_TRUE(ov_remark_list_is_subset(small.get(), big.get()));
-    EXPECT_FALSE(ov_remark_list_is_subset(big.get(), small.get()));
-    EXPECT_FALSE(ov_remark_list_is_subset(other_code.get(), big.get()));
-}
-
-TEST_F(Codeset, MergeabilityAndMerge)
-{
-    RemarkListPtr list(ov_remark_list_new());
-    ov_remark_list_add_remark_sorted(list.get(), make_remark("R10", {{"en-uk", "ten"}}));
-    ov_remark_list_add_remark_sorted(list.get(), make_remark("R1", {{"en-uk", "one"}}));
-
-    OvRemark *agreeing = make_remark("R1", {{"en-uk", "one"}, {"sv", "ett"}});
-    OvRemark *contradicting = make_remark("R1", {{"en-uk", "uno"}});
-    OvRemark *unknown = make_remark("R2", {{"en-uk", "two"}});
-    EXPECT_TRUE(ov_remark_list_remark_is_mergeable(list.get(), agreeing));
-    EXPECT_FALSE(ov_remark_list_remark_is_mergeable(list.get(), contradicting));
-    EXPECT_TRUE(ov_remark_list_remark_is_mergeable(list.get(), unknown));
-
-    RemarkListPtr others(ov_remark_list_new());
-    ov_remark_list_add_remark_last(others.get(), ov_remark_clone(agreeing));
-    ov_remark_list_add_remark_last(others.get(), ov_remark_clone(unknown));
-    EXPECT_TRUE(ov_remark_list_remarks_are_mergeable(list.get(), others.get()));
-    ov_remark_list_add_remark_last(others.get(), ov_remark_clone(contradicting));
-    EXPECT_FALSE(ov_remark_list_remarks_are_mergeable(list.get(), others.get()));
-
-    // A known code changes only that remark; an unknown one is inserted
-    // sorted as a copy.
-    ov_remark_list_merge_remark(list.get(), agreeing);
-    ov_remark_list_merge_remark(list.get(), unknown);
-    EXPECT_EQ(describe(list.get(), true), "R1:one R2:two R10:ten");
-    EXPECT_STREQ(ov_langstr_get_text(list->first()->description, ov_locale_get_by_tag("sv")), "ett");
-    EXPECT_NE(list->first()->next, unknown);
-    EXPECT_EQ(unknown->previous, nullptr);
-
-    ov_remark_destroy(agreeing);
-    ov_remark_destroy(contradicting);
-    ov_remark_destroy(unknown);
-}
-
-// Codesets
-
-TEST_F(Codeset, CloneCopiesEveryField)
-{
+    RemarkListPtr source = make_list("z:zed a:ay");
     CodesetPtr codeset(ov_codeset_new());
-    codeset->name = make_langstr({{"en-uk", "Name"}});
-    codeset->author = make_langstr({{"sv", "Författare"}});
+    ov_remark_list_add_remark_sorted(codeset->remarks, make_remark("m", "m"));
+    ov_remark_list_copy_remarks(codeset->remarks, source.get());
+    source.reset();
+    EXPECT_EQ(describe(codeset->remarks, true), "m:m z:zed a:ay"); // not sorted
+
+    // The one-line description without and with the optional fields.
+    auto ui = [](const OvCodeset *c) { return std::string(ov::gstr(ov_codeset_format_ui_string(c)).get()); };
+    ov_langstr_set_translation(&codeset->name, swedish(), "Anm\xe4rkningar");
+    EXPECT_EQ(ui(codeset.get()), "Anmärkningar");
+    ov_langstr_set_translation(&codeset->author, swedish(), "F\xf6rfattare");
     codeset->version = g_strdup("2");
     codeset->outdated = TRUE;
-    ov_remark_list_add_remark_last(codeset->remarks, make_remark("b"));
-    ov_remark_list_add_remark_last(codeset->remarks, make_remark("a"));
-
     CodesetPtr copy(ov_codeset_clone(codeset.get()));
-    EXPECT_TRUE(ov_langstr_is_identical(copy->name, codeset->name));
-    EXPECT_TRUE(ov_langstr_is_identical(copy->author, codeset->author));
-    EXPECT_NE(copy->author, codeset->author);
-    EXPECT_STREQ(copy->version, "2");
-    EXPECT_TRUE(copy->outdated);
-    EXPECT_EQ(describe(copy->remarks), "b a");
-    EXPECT_NE(copy->remarks->first(), codeset->remarks->first());
+    codeset.reset();
+    EXPECT_EQ(ui(copy.get()), "Anmärkningar (Författare) 2 (outdated?)");
+    EXPECT_EQ(describe(copy->remarks, true), "m:m z:zed a:ay");
 }
 
-TEST_F(Codeset, FormatUiString)
+TEST_F(Codeset, SubsetMergeableAndMerge)
 {
-    struct Case {
-        Translations name;
-        Translations author;
-        const char *version;
-        gboolean outdated;
-        const char *expected;
-    };
-    const Case cases[] = {
-        {{{"en-uk", "Remarks"}}, {}, nullptr, FALSE, "Remarks"},
-        {{{"en-uk", "Remarks"}}, {{"sv", "Åsa"}}, "1.2", FALSE, "Remarks (Åsa) 1.2"},
-        {{{"sv", "Anmärkningar"}}, {}, "3", TRUE, "Anmärkningar 3 (outdated?)"},
-        {{}, {}, nullptr, TRUE, " (outdated?)"},
-    };
-    for (const Case &c : cases) {
-        CodesetPtr codeset(ov_codeset_new());
-        auto latin1 = [](const Translations &translations) {
-            Translations converted;
-            static std::vector<ov::GStr> keep;
-            for (auto [tag, text] : translations) {
-                keep.push_back(ov::gstr(g_convert(text, -1, "ISO-8859-1", "UTF-8", nullptr, nullptr, nullptr)));
-                converted.emplace_back(tag, keep.back().get());
-            }
-            return converted;
-        };
-        codeset->name = make_langstr(latin1(c.name));
-        codeset->author = make_langstr(latin1(c.author));
-        codeset->version = g_strdup(c.version);
-        codeset->outdated = c.outdated;
-        ov::GStr text = ov::gstr(ov_codeset_format_ui_string(codeset.get()));
-        EXPECT_STREQ(text.get(), c.expected);
-    }
+    // A remark is in a list when some remark of its code holds all its translations.
+    const char *big = "A:uno B:b A:one/ett";
+    const std::tuple<const char *, const char *, gboolean> subsets[] = {
+        {"", "", TRUE},       {"", big, TRUE},       {"A:one", "", FALSE},
+        {"A:one", big, TRUE}, {big, "A:one", FALSE}, {"a:one", big, FALSE}};
+    for (const auto &[a, b, in] : subsets)
+        EXPECT_EQ(ov_remark_list_is_subset(make_list(a).get(), make_list(b).get()), in) << a << " / " << b;
+
+    RemarkListPtr list = make_list("R10:ten R1:one", true);
+    RemarkListPtr others = make_list("R1:one/ett R2:two R1:uno");
+    std::string mergeable;
+    for (const OvRemark *remark : *others)
+        mergeable += ov_remark_list_remark_is_mergeable(list.get(), remark) ? 'T' : 'F';
+    EXPECT_EQ(mergeable, "TTF");
+    EXPECT_FALSE(ov_remark_list_remarks_are_mergeable(list.get(), others.get()));
+    ov_remark_destroy(others->last());
+    EXPECT_TRUE(ov_remark_list_remarks_are_mergeable(list.get(), others.get()));
+    // A known code takes the new translations; an unknown one is inserted sorted as a copy.
+    for (const OvRemark *remark : *others)
+        ov_remark_list_merge_remark(list.get(), remark);
+    others.reset();
+    EXPECT_EQ(describe(list.get(), true), "R1:one R2:two R10:ten");
+    EXPECT_STREQ(ov_langstr_get_text(list->first()->description, swedish()), "ett");
 }
 
-TEST_F(Codeset, CodesetListIndex)
-{
-    ov::SentinelList<OvCodeset> list;
-    ov::list_init(list);
-    OvCodeset *a = ov_codeset_new();
-    OvCodeset *b = ov_codeset_new();
-    ov::list_append(list, a);
-    ov::list_append(list, b);
-    EXPECT_EQ(ov_codeset_get_index(b), 1);
-    ov_codeset_remove(a);
-    EXPECT_EQ(ov_codeset_get_index(b), 0);
-    ov_codeset_destroy(a);
-    ov::list_destroy(list, ov_codeset_destroy);
-}
-
-// The codeset file
+const std::string shipped = std::string(OV_SOURCE_DIR) + "/resources/install/codesets/";
+const std::string name_element = "<name lang=\"en-uk\">N</name>\n";
+const std::string description = "<description lang=\"sv\">b</description>";
 
 std::string codeset_file(const std::string &body)
 {
     return "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>\n<codeset>\n" + body + "</codeset>\n";
 }
 
-constexpr const char *name_element = "<name lang=\"en-uk\">N</name>\n";
-
-std::string remark_element(const std::string &inner) { return "<remark>" + inner + "</remark>\n"; }
-
-TEST_F(Codeset, ReadsAndWritesTheShippedCodesetByteForByte)
+std::string remark_element(const std::string &code, const std::string &rest = description)
 {
-    const std::string path = std::string(OV_SOURCE_DIR) + "/resources/install/codesets/condition_remarks.codeset";
-    CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
-    ASSERT_NE(codeset, nullptr) << ov_error_get();
-    EXPECT_EQ(ov::list_count(*codeset->remarks), 30u);
-    ov::GStr description = ov::gstr(ov_codeset_format_ui_string(codeset.get()));
-    EXPECT_STREQ(description.get(), "Condition remarks (Orvane conservation team) 1.0");
-
-    TempDir dir;
-    const std::string copy = dir.file("copy.codeset");
-    ASSERT_TRUE(ov_codeset_io_write_to_file(codeset.get(), copy.c_str())) << ov_error_get();
-    EXPECT_EQ(ov::test::read_file(copy), ov::test::read_file(path));
+    return "<remark><code>" + code + "</code>" + rest + "</remark>\n";
 }
 
-TEST_F(Codeset, ReaderSortsAndNormalises)
+TEST_F(Codeset, ShippedCodesetsRoundTripByteForByte)
+{
+    TempDir dir;
+    ov::Owned<GDir, g_dir_close> listing(g_dir_open(shipped.c_str(), 0, nullptr));
+    int files = 0;
+    for (const char *name; listing && (name = g_dir_read_name(listing.get())) != nullptr; ++files) {
+        SCOPED_TRACE(name);
+        CodesetPtr codeset(ov_codeset_io_read_from_file((shipped + name).c_str()));
+        ASSERT_NE(codeset, nullptr) << ov_error_get();
+        EXPECT_GE(ov::list_count(*codeset->remarks), 30u);
+        ASSERT_TRUE(ov_codeset_io_write_to_file(codeset.get(), dir.file(name).c_str())) << ov_error_get();
+        EXPECT_TRUE(read_file(dir.file(name)) == read_file(shipped + name));
+    }
+    EXPECT_GE(files, 1);
+}
+
+TEST_F(Codeset, ReaderNormalisesAndWriterEscapesAllButTheCode)
 {
     TempDir dir;
     const std::string path = dir.file("a.codeset");
-    ov::test::write_file(path, codeset_file(std::string(name_element) + "<author lang=\"sv\">  S\t\tT </author>" +
-                                            "<version> 1 \n 2 </version>" +
-                                            remark_element("<code>10</code><description lang=\"en\">ten</description>") +
-                                            remark_element("<code> 9 </code><description lang=\"\">nine</description>") +
-                                            remark_element("<code>a</code><!-- c --><description lang=\"fr\">a</description><other/>") +
-                                            remark_element("<description lang=\"de\">b</description><code>B</code>") +
-                                            remark_element("<code>R1</code><description lang=\"en-uk\">x</description>") +
-                                            remark_element("<code>r1</code><description lang=\"en-uk\">y</description>")));
+    const std::string body = "<name lang=\"en-uk\">A &amp; B</name><author lang=\"sv\"> S\t\tT </author>"
+                             "<version> &lt;1&gt; \n 2 </version>" +
+                             remark_element("10", "<!----><description lang=\"en\">ten</description><x/>") +
+                             remark_element(" 9 ", "<description lang=\"\">nine</description>") +
+                             "<remark><description lang=\"fr\">b</description><code>B</code></remark>";
+    write_file(path, codeset_file(body));
     CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
     ASSERT_NE(codeset, nullptr) << ov_error_get();
-    EXPECT_EQ(describe(codeset->remarks), "9 10 a B R1 r1");
-    EXPECT_STREQ(codeset->version, "1 2");
-    EXPECT_STREQ(ov_langstr_get_text(codeset->author, nullptr), "S T");
     EXPECT_FALSE(codeset->outdated);
-
-    const std::string written = dir.file("b.codeset");
-    ASSERT_TRUE(ov_codeset_io_write_to_file(codeset.get(), written.c_str()));
-    EXPECT_EQ(ov::test::read_file(written),
-              "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>\n\n<codeset>\n\n"
-              "\t<name lang=\"en-uk\">N</name>\n"
-              "\t<author lang=\"sv\">S T</author>\n"
-              "\t<version>1 2</version>\n"
-              "\n\t<remark>\n\t\t<code>9</code>\n\t\t<description lang=\"\">nine</description>\n\t</remark>\n"
-              "\n\t<remark>\n\t\t<code>10</code>\n\t\t<description lang=\"en-uk\">ten</description>\n\t</remark>\n"
-              "\n\t<remark>\n\t\t<code>a</code>\n\t\t<description lang=\"fr-fr\">a</description>\n\t</remark>\n"
-              "\n\t<remark>\n\t\t<code>B</code>\n\t\t<description lang=\"de-de\">b</description>\n\t</remark>\n"
-              "\n\t<remark>\n\t\t<code>R1</code>\n\t\t<description lang=\"en-uk\">x</description>\n\t</remark>\n"
-              "\n\t<remark>\n\t\t<code>r1</code>\n\t\t<description lang=\"en-uk\">y</description>\n\t</remark>\n"
-              "\n</codeset>\n");
+    ov_remark_list_add_remark_last(codeset->remarks, make_remark("R&D", "\"'<&"));
+    ASSERT_TRUE(ov_codeset_io_write_to_file(codeset.get(), path.c_str()));
+    auto remark = [](const char *code, const char *tag, const char *text) {
+        return std::string("\n\t<remark>\n\t\t<code>") + code + "</code>\n\t\t<description lang=\"" + tag +
+               "\">" + text + "</description>\n\t</remark>\n";
+    };
+    EXPECT_EQ(read_file(path), "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>\n\n<codeset>\n\n"
+                               "\t<name lang=\"en-uk\">A &amp; B</name>\n\t<author lang=\"sv\">S T</author>\n"
+                               "\t<version>&lt;1&gt; 2</version>\n" +
+                                   remark("9", "", "nine") + remark("10", "en-uk", "ten") +
+                                   remark("B", "fr-fr", "b") +
+                                   remark("R&D", "en-uk", "&quot;&apos;&lt;&amp;") + "\n</codeset>\n");
 }
 
 // The reader finds positions by binary search; the order must be the one
@@ -391,179 +208,101 @@ TEST_F(Codeset, ReaderSortsAndNormalises)
 TEST_F(Codeset, ReaderOrderEqualsSortedInsertion)
 {
     std::vector<std::string> codes = {"a 1", "a1", "A01", "a001", "A1", "1.05", "1.5", "1.50", "x10", "x9",
-                                      "X9",  "x09", "10",   "9",    "09",  "0",    "00",  "a",    "B",   "b b",
-                                      "bb",  "R2",  "r02",  "R02",  "r2",  "R10",  "R1a", "R1 a", "\xe5", "\xc5"};
+                                      "X9",  "x09", "10", "9",   "09", "0",    "00",  "a",    "B",   "b b",
+                                      "bb",  "R2", "r02", "R02", "r2", "R10",  "R1a", "R1 a", "\xe5", "\xc5"};
     std::mt19937 random(7);
     TempDir dir;
-    const std::string path = dir.file("order.codeset");
     for (int round = 0; round < 20; round++) {
         std::shuffle(codes.begin(), codes.end(), random);
         std::string body = name_element;
         RemarkListPtr expected(ov_remark_list_new());
         for (const std::string &code : codes) {
-            body += remark_element("<code>" + code + "</code><description lang=\"sv\">x</description>");
+            body += remark_element(code);
             ov_remark_list_add_remark_sorted(expected.get(), make_remark(code.c_str()));
         }
-        ov::test::write_file(path, codeset_file(body));
-        CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
-        ASSERT_NE(codeset, nullptr) << ov_error_get();
-        EXPECT_EQ(describe(codeset->remarks), describe(expected.get()));
+        write_file(dir.file("o.codeset"), codeset_file(body));
+        CodesetPtr codeset(ov_codeset_io_read_from_file(dir.file("o.codeset").c_str()));
+        EXPECT_EQ(codeset ? describe(codeset->remarks) : ov_error_get(), describe(expected.get()));
     }
 }
 
-TEST_F(Codeset, WriterEscapesTextsButNotTheCode)
+TEST_F(Codeset, BadInputGivesTheExactMessageChain)
 {
-    CodesetPtr codeset(ov_codeset_new());
-    codeset->name = make_langstr({{"en-uk", "A & B"}});
-    codeset->version = g_strdup("<1>");
-    ov_remark_list_add_remark_last(codeset->remarks, make_remark("R&D", {{"sv", "\"x\" 'y'"}}));
-    TempDir dir;
-    const std::string path = dir.file("c.codeset");
-    ASSERT_TRUE(ov_codeset_io_write_to_file(codeset.get(), path.c_str()));
-    EXPECT_EQ(ov::test::read_file(path),
-              "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>\n\n<codeset>\n\n"
-              "\t<name lang=\"en-uk\">A &amp; B</name>\n"
-              "\t<version>&lt;1&gt;</version>\n"
-              "\n\t<remark>\n\t\t<code>R&D</code>\n"
-              "\t\t<description lang=\"sv\">&quot;x&quot; &apos;y&apos;</description>\n\t</remark>\n"
-              "\n</codeset>\n");
-}
-
-TEST_F(Codeset, ReaderMessages)
-{
-    const std::string good_remark = remark_element("<code>A</code><description lang=\"en-uk\">a</description>");
-    const std::string parsing = "Error parsing codeset file.\n\n";
+    const std::string A = remark_element("A"), D = description;
+    const std::string X = "<description lang=\"xx\">c</description>";
+    auto with = [&](const std::string &remark) { return codeset_file(name_element + remark); };
+    std::string deep = with("<remark><code>A</code><description lang=\"sv\">");
+    for (int i = 0; i < 100000; i++)
+        deep += "<b>";
+    const std::string huge = "<codeset><name lang=\"sv\">" + std::string(11 << 20, 'x') + "</name></codeset>";
+    const std::string P = "Error parsing codeset file.\n\n";
+    const std::string L = "Error loading codeset file.\n\nCould not parse XML data.\n\n";
+    const std::string missing = P + "Missing remark content in XML data.";
+    const std::string utf8 = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
     struct Case {
         const char *what;
         std::string contents;
-        std::string expected;
+        std::string message; // the whole chain, or for libxml2's refusals L and a part of its reason
     };
     const Case cases[] = {
-        {"wrong root", "<?xml version=\"1.0\"?><template/>", "Not a codeset file."},
-        {"no name", codeset_file(good_remark), parsing + "Missing XML node: name"},
-        {"no remarks", codeset_file(name_element), parsing + "Missing remarks."},
-        {"two versions", codeset_file(name_element + std::string("<version>1</version><version>2</version>") + good_remark),
-         parsing + "Duplicate XML nodes found where not allowed."},
-        {"empty version", codeset_file(name_element + std::string("<version> </version>") + good_remark),
-         parsing + "Missing text content in XML.\n\nText content is empty."},
-        {"duplicate codes", codeset_file(name_element + good_remark + good_remark), parsing + "Duplicate remark codes."},
-        {"duplicate after compaction",
-         codeset_file(name_element + good_remark + remark_element("<code> A </code><description lang=\"sv\">b</description>")),
-         parsing + "Duplicate remark codes."},
-        {"two codes after a description",
-         codeset_file(name_element + remark_element("<description lang=\"sv\">b</description><code>A</code><code>B</code>")),
-         parsing + "Remark in XML has multiple codes."},
-        {"two codes before a description",
-         codeset_file(name_element + remark_element("<code>A</code><code>B</code><description lang=\"sv\">b</description>")),
-         parsing + "Missing remark content in XML data."},
-        {"empty code", codeset_file(name_element + remark_element("<code> \t</code><description lang=\"sv\">b</description>")),
-         parsing + "Missing remark content in XML data."},
-        {"no code", codeset_file(name_element + remark_element("<description lang=\"sv\">b</description>")),
-         parsing + "Missing remark content in XML data."},
-        {"no description", codeset_file(name_element + remark_element("<code>A</code>")),
-         parsing + "Missing remark content in XML data."},
-        {"unknown locale in the only description",
-         codeset_file(name_element + remark_element("<code>A</code><description lang=\"xx\">b</description>")),
-         parsing + "Missing remark content in XML data."},
-        {"unknown locale in a second description",
-         codeset_file(name_element + remark_element("<code>A</code><description lang=\"sv\">b</description>"
-                                                    "<description lang=\"xx\">c</description>")),
-         parsing + "Unsupported locale in XML lang attribute."},
-        {"empty second description",
-         codeset_file(name_element + remark_element("<code>A</code><description lang=\"sv\">b</description>"
-                                                    "<description lang=\"de\"> </description>")),
-         parsing + "Empty text content in XML where not allowed."},
-        {"unknown locale in the name",
-         codeset_file("<name lang=\"xx\">N</name>" + good_remark), parsing + "Unsupported locale in XML lang attribute."},
-        {"non-Latin-1 name",
-         "<?xml version=\"1.0\" encoding=\"utf-8\"?><codeset><name lang=\"sv\">\xe2\x82\xac</name>" + good_remark +
-             "</codeset>",
-         parsing + "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed."},
-        {"non-Latin-1 code after a description",
-         "<?xml version=\"1.0\" encoding=\"utf-8\"?><codeset>" + std::string(name_element) +
-             remark_element("<description lang=\"sv\">b</description><code>\xce\xa9</code>") + "</codeset>",
-         parsing + "Missing remark content in XML data."},
-        {"non-Latin-1 second description",
-         "<?xml version=\"1.0\" encoding=\"utf-8\"?><codeset>" + std::string(name_element) +
-             remark_element("<code>A</code><description lang=\"sv\">b</description>"
-                            "<description lang=\"de\">\xce\xa9</description>") +
-             "</codeset>",
-         parsing + "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed."},
+        {"truncated", "<codeset>", L}, {"deeply nested", deep, L + "depth"},
+        {"huge text node", huge, L + "huge"},
+        {"wrong root", "<template/>", "Not a codeset file."},
+        {"no name", codeset_file(A), P + "Missing XML node: name"},
+        {"no remarks", codeset_file(name_element), P + "Missing remarks."},
+        {"two versions", with("<version>1</version><version>2</version>" + A),
+         P + "Duplicate XML nodes found where not allowed."},
+        {"empty version", with("<version> </version>" + A),
+         P + "Missing text content in XML.\n\nText content is empty."},
+        {"codes equal after compaction", with(A + remark_element(" A ")), P + "Duplicate remark codes."},
+        // Within a remark the message depends on what comes first.
+        {"two codes after a description", with("<remark>" + D + "<code>A</code><code>B</code></remark>"),
+         P + "Remark in XML has multiple codes."},
+        {"two codes before it", with("<remark><code>A</code><code>B</code>" + D + "</remark>"), missing},
+        {"empty code", with(remark_element(" \t")), missing},
+        {"unknown locale, only description", with(remark_element("A", X)), missing},
+        {"unknown locale, second description", with(remark_element("A", D + X)),
+         P + "Unsupported locale in XML lang attribute."},
+        {"non-Latin-1 name", utf8 + "<codeset><name lang=\"sv\">\xe2\x82\xac</name>" + A + "</codeset>",
+         P + "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed."},
     };
     TempDir dir;
     const std::string path = dir.file("bad.codeset");
     for (const Case &c : cases) {
         SCOPED_TRACE(c.what);
         ov_error_clear();
-        ov::test::write_file(path, c.contents);
+        write_file(path, c.contents);
         EXPECT_EQ(ov_codeset_io_read_from_file(path.c_str()), nullptr);
-        EXPECT_EQ(ov_error_get(), c.expected);
+        const std::string error = ov_error_get();
+        const bool by_libxml = c.message.starts_with(L);
+        EXPECT_TRUE(by_libxml ? error.starts_with(L) && error.find(c.message.substr(L.size())) != error.npos
+                              : error == c.message)
+            << error;
     }
-}
-
-TEST_F(Codeset, ReaderRefusesBrokenFiles)
-{
-    TempDir dir;
-    const std::string path = dir.file("bad.codeset");
-    std::string deep = codeset_file(std::string(name_element) + "<remark><code>A</code><description lang=\"sv\">");
-    deep.resize(deep.size() - 11);
-    for (int i = 0; i < 100000; i++)
-        deep += "<b>";
-    const std::string cases[] = {
-        "",
-        "<codeset>",
-        codeset_file(name_element + remark_element("<code>A&B</code><description lang=\"sv\">b</description>")),
-        deep,
-        std::string("\0\1\2<codeset/>", 13),
-    };
-    for (const std::string &contents : cases) {
-        ov_error_clear();
-        ov::test::write_file(path, contents);
-        EXPECT_EQ(ov_codeset_io_read_from_file(path.c_str()), nullptr);
-        EXPECT_TRUE(g_str_has_prefix(ov_error_get(), "Error loading codeset file.\n\nCould not parse XML data.\n\n"))
-            << ov_error_get();
-    }
-
-    ov_error_clear();
     EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("missing.codeset").c_str()), nullptr);
-    EXPECT_TRUE(g_str_has_prefix(ov_error_get(), "Error loading codeset file.\n\nCannot open file.\n\nError 2: "))
-        << ov_error_get();
+    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading codeset file.\n\nCannot open file."));
 }
 
-TEST_F(Codeset, WriteFailuresKeepTheOldFile)
+TEST_F(Codeset, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
     TempDir dir;
     const std::string path = dir.file("a.codeset");
-    ov::test::write_file(path, "old");
-
-    CodesetPtr codeset(ov_codeset_new());
-    codeset->name = make_langstr({{"en-uk", "Name"}});
-    for (int i = 0; i < 2000; i++) {
-        std::string code = "R" + std::to_string(i);
-        ov_remark_list_add_remark_last(codeset->remarks, make_remark(code.c_str(), {{"en-uk", "A remark"}}));
-    }
-    int status = ov::test::run_in_child([&] {
-        signal(SIGXFSZ, SIG_IGN);
-        struct rlimit limit = {4096, 4096};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        ov_error_clear();
-        return !ov_codeset_io_write_to_file(codeset.get(), path.c_str()) &&
-               g_strcmp0(ov_error_get(), "File I/O error when writing to file.") == 0;
-    });
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(ov::test::read_file(path), "old");
-
-    ov_error_clear();
-    EXPECT_FALSE(ov_codeset_io_write_to_file(codeset.get(), dir.file("missing/a.codeset").c_str()));
-    EXPECT_TRUE(g_str_has_prefix(ov_error_get(), "Cannot create file.\n\nCannot open file.\n\nError 2: "))
-        << ov_error_get();
-
-    GDir *listing = g_dir_open(dir.path().c_str(), 0, nullptr);
-    int entries = 0;
-    while (g_dir_read_name(listing) != nullptr)
-        entries++;
-    g_dir_close(listing);
-    EXPECT_EQ(entries, 1);
+    write_file(path, "old");
+    CodesetPtr codeset(ov_codeset_io_read_from_file((shipped + "condition_remarks.codeset").c_str()));
+    ASSERT_NE(codeset, nullptr);
+    // Writes beyond 4 kB fail part-way through.
+    EXPECT_EQ(ov::test::run_in_child([&] {
+                  const rlimit limit = {4096, 4096};
+                  signal(SIGXFSZ, SIG_IGN);
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+                         !ov_codeset_io_write_to_file(codeset.get(), path.c_str()) &&
+                         g_strcmp0(ov_error_get(), "File I/O error when writing to file.") == 0;
+              }),
+              0);
+    EXPECT_EQ(read_file(path), "old");
+    ov::Owned<GDir, g_dir_close> listing(g_dir_open(dir.path().c_str(), 0, nullptr));
+    EXPECT_STREQ(g_dir_read_name(listing.get()), "a.codeset");
+    EXPECT_EQ(g_dir_read_name(listing.get()), nullptr);
 }
 
 } // namespace
