@@ -131,6 +131,40 @@ ov::XmlCharPtr required_attribute(const xmlNode *node, const char *name)
     return value;
 }
 
+gchar *utf8_copy(const xmlChar *value)
+{
+    return g_strdup(char_text(value));
+}
+
+// Reads an optional attribute: an absent one runs on_absent and succeeds, a
+// failed read fails, a present value goes to on_found.
+template <class Absent, class Found>
+gboolean read_optional_attribute(const xmlNode *node, const char *name, Absent on_absent, Found on_found)
+{
+    ov::XmlCharPtr value;
+    switch (lookup_attribute(node, name, value)) {
+    case Lookup::absent:
+        on_absent();
+        return TRUE;
+    case Lookup::failed:
+        return FALSE;
+    case Lookup::found:
+        break;
+    }
+    return on_found(value.get()) ? TRUE : FALSE;
+}
+
+// An optional text attribute: out is null when it is absent or unusable.
+template <class Copy>
+gboolean optional_string_attribute(gchar **out, const xmlNode *node, const char *name, Copy copy)
+{
+    *out = nullptr;
+    return read_optional_attribute(node, name, [] {}, [&](const xmlChar *value) {
+        *out = copy(value);
+        return *out != nullptr;
+    });
+}
+
 gchar *ascii_attribute_copy(const xmlChar *value)
 {
     if (ov_ascii_assert_in_utf8(char_text(value)) == nullptr) {
@@ -513,124 +547,54 @@ xmlAttr *ov_xml_set_attribute_to_double(xmlNode *node, const char *name, double 
 
 gboolean ov_xml_get_attribute_value_as_utf8(gchar **out, const xmlNode *node, const char *name)
 {
-    *out = nullptr;
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    *out = g_strdup(char_text(value.get()));
-    return TRUE;
+    return optional_string_attribute(out, node, name, [](const xmlChar *value) { return utf8_copy(value); });
 }
 
 gboolean ov_xml_get_attribute_value_as_ascii(gchar **out, const xmlNode *node, const char *name)
 {
-    *out = nullptr;
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    *out = ascii_attribute_copy(value.get());
-    return *out != nullptr;
+    return optional_string_attribute(out, node, name, ascii_attribute_copy);
 }
 
 gboolean ov_xml_get_attribute_value_as_latin1(gchar **out, const xmlNode *node, const char *name)
 {
-    *out = nullptr;
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    *out = latin1_attribute_copy(value.get());
-    return *out != nullptr;
+    return optional_string_attribute(out, node, name, latin1_attribute_copy);
 }
 
 gboolean ov_xml_get_nonempty_attribute_value_as_utf8(gchar **out, const xmlNode *node, const char *name)
 {
-    *out = nullptr;
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    if (refuse_empty_attribute(value.get(), name))
-        return FALSE;
-    *out = g_strdup(char_text(value.get()));
-    return TRUE;
+    return optional_string_attribute(out, node, name, [name](const xmlChar *value) {
+        return refuse_empty_attribute(value, name) ? nullptr : utf8_copy(value);
+    });
 }
 
 gboolean ov_xml_get_attribute_value_as_boolean_with_fallback(gboolean *out, const xmlNode *node,
                                                              const char *name, gboolean fallback)
 {
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        *out = fallback;
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    return parse_boolean_attribute(out, value.get(), name);
+    return read_optional_attribute(
+        node, name, [&] { *out = fallback; },
+        [&](const xmlChar *value) { return parse_boolean_attribute(out, value, name); });
 }
 
 gboolean ov_xml_get_attribute_value_as_int_in_range_with_fallback(int *out, const xmlNode *node,
                                                                   const char *name, int minimum, int maximum,
                                                                   int fallback)
 {
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        *out = fallback;
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    return parse_number_attribute(out, value.get(), name, invalid_integer,
-                                  [=](int *result, const char *text) {
-                                      return ov_util_parse_int_in_range(result, text, minimum, maximum);
-                                  });
+    return read_optional_attribute(node, name, [&] { *out = fallback; }, [&](const xmlChar *value) {
+        return parse_number_attribute(out, value, name, invalid_integer, [=](int *result, const char *text) {
+            return ov_util_parse_int_in_range(result, text, minimum, maximum);
+        });
+    });
 }
 
 gboolean ov_xml_get_attribute_value_as_double_in_range_with_fallback(double *out, const xmlNode *node,
                                                                      const char *name, double minimum,
                                                                      double maximum, double fallback)
 {
-    ov::XmlCharPtr value;
-    switch (lookup_attribute(node, name, value)) {
-    case Lookup::absent:
-        *out = fallback;
-        return TRUE;
-    case Lookup::failed:
-        return FALSE;
-    case Lookup::found:
-        break;
-    }
-    return parse_number_attribute(out, value.get(), name, invalid_double,
-                                  [=](double *result, const char *text) {
-                                      return ov_util_parse_double_in_range(result, text, minimum, maximum);
-                                  });
+    return read_optional_attribute(node, name, [&] { *out = fallback; }, [&](const xmlChar *value) {
+        return parse_number_attribute(out, value, name, invalid_double, [=](double *result, const char *text) {
+            return ov_util_parse_double_in_range(result, text, minimum, maximum);
+        });
+    });
 }
 
 // ---------------------------------------------------------------------------
