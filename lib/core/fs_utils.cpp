@@ -352,3 +352,24 @@ char *ov_fs_utils_create_path_in_folder(const char *folder, ...)
     va_end(args);
     return ov_fs_utils_create_path_in_folder_(folder, names.data(), static_cast<int>(names.size()));
 }
+
+gboolean ov::for_each_folder_entry(const char *path, const std::function<bool(ov::GStr &name)> &visit)
+{
+    DIR *folder = ov_fs_utils_open_folder(path);
+    if (folder == nullptr)
+        return FALSE;
+    bool ok = true;
+    while (ok) {
+        char *raw_name = nullptr;
+        if (!ov_fs_utils_next_folder_entry(folder, &raw_name)) {
+            ok = false;
+            break;
+        }
+        ov::GStr name(raw_name);
+        if (!name)
+            break;
+        if (std::strcmp(name.get(), ".") != 0 && std::strcmp(name.get(), "..") != 0)
+            ok = visit(name);
+    }
+    return ov_fs_utils_close_folder(folder) && ok;
+}

@@ -5,12 +5,15 @@
 // remembers errno (see ov_fs_utils_get_last_errno).
 #pragma once
 
+#include "core/raii.h"
+
 #include <glib.h>
 
 #include <dirent.h>
 
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 
 // What ov_fs_utils_get_info tells about a path. A path that does not exist
 // gives a record of all zeros.
@@ -67,3 +70,13 @@ char *ov_fs_utils_end_folder_path_with_a_single_delimiter(const char *path);
 char *ov_fs_utils_create_path_in_folder_(const char *folder, const char *const *names, int count);
 // The same with the names as arguments, ended by nullptr.
 char *ov_fs_utils_create_path_in_folder(const char *folder, ...) G_GNUC_NULL_TERMINATED;
+
+namespace ov {
+
+// Calls visit with the name of each entry of the folder ("." and ".." left
+// out), in listing order, while it returns true; visit may take the name.
+// FALSE when the folder cannot be opened, read or closed, or visit stopped
+// the walk (visit then leaves its own reason in the error buffer).
+gboolean for_each_folder_entry(const char *path, const std::function<bool(ov::GStr &name)> &visit);
+
+} // namespace ov

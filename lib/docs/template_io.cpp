@@ -544,25 +544,15 @@ ov_template_list *ov_template_list_load_from_folder(const char *folder_path)
 {
     ov_template_list *list = ov_template_list_new();
     g_return_val_if_fail(folder_path != nullptr, list);
-    DIR *folder = ov_fs_utils_open_folder(folder_path);
-    if (folder == nullptr)
-        return list;
-    const std::string_view extension =
-        ov_file_type_get_default_file_name_extension_with_period(OV_FILE_TYPE_TEMPLATE);
-    for (;;) {
-        char *raw_name = nullptr;
-        if (!ov_fs_utils_next_folder_entry(folder, &raw_name) || raw_name == nullptr)
-            break;
-        ov::GStr name(raw_name);
-        const std::string_view view(name.get());
-        if (view.size() < extension.size() ||
-            g_ascii_strcasecmp(name.get() + view.size() - extension.size(), extension.data()) != 0)
-            continue;
+    const char *extension = ov_file_type_get_default_file_name_extension_with_period(OV_FILE_TYPE_TEMPLATE);
+    ov::for_each_folder_entry(folder_path, [&](ov::GStr &name) {
+        if (!ov_utf8_has_suffix_case_insensitive_ascii(name.get(), extension))
+            return true;
         ov::GStr path(ov_fs_utils_create_path_in_folder(folder_path, name.get(), nullptr));
         gchar *ui_string = ov_template_io_format_ui_string(path.get());
         if (ui_string != nullptr)
             ov_template_list_add_entry(list, ov_template_list_entry_new_take(path.release(), ui_string));
-    }
-    ov_fs_utils_close_folder(folder);
+        return true;
+    });
     return list;
 }

@@ -68,29 +68,13 @@ bool get_info(const char *path, OvFileInfo *info) { return ov_fs_utils_get_info(
 // folder itself; stops at the first failure.
 bool delete_folder_with_files(const char *path)
 {
-    DIR *folder = ov_fs_utils_open_folder(path);
-    if (folder == nullptr)
-        return false;
-    bool ok = true;
-    while (ok) {
-        char *raw_name = nullptr;
-        if (!ov_fs_utils_next_folder_entry(folder, &raw_name)) {
-            ok = false;
-            break;
-        }
-        ov::GStr name = ov::gstr(raw_name);
-        if (!name)
-            break;
-        if (strcmp(name.get(), ".") == 0 || strcmp(name.get(), "..") == 0)
-            continue;
+    const bool ok = ov::for_each_folder_entry(path, [path](ov::GStr &name) {
         ov::GStr entry = path_in(path, name.get());
         OvFileInfo info;
         if (!get_info(entry.get(), &info))
-            ok = false;
-        else if (info.is_regular_file)
-            ok = ov_fs_utils_delete_file_if_exists(entry.get());
-    }
-    ok = ov_fs_utils_close_folder(folder) && ok;
+            return false;
+        return !info.is_regular_file || ov_fs_utils_delete_file_if_exists(entry.get());
+    });
     return ok && ov_fs_utils_delete_folder_if_exists(path);
 }
 
@@ -158,36 +142,17 @@ bool install_components(const char *workspace_folder_path, const char *kind)
     if (!existed && !ov_fs_utils_create_folder(destination.get()))
         return false;
 
-    bool ok = true;
-    DIR *folder = ov_fs_utils_open_folder(source.get());
-    if (folder == nullptr)
-        ok = false;
-    while (ok) {
-        char *raw_name = nullptr;
-        if (!ov_fs_utils_next_folder_entry(folder, &raw_name)) {
-            ok = false;
-            break;
-        }
-        ov::GStr name = ov::gstr(raw_name);
-        if (!name)
-            break;
+    const bool ok = ov::for_each_folder_entry(source.get(), [&](ov::GStr &name) {
         ov::GStr from = path_in(source.get(), name.get());
-        if (!get_info(from.get(), &info)) {
-            ok = false;
-            break;
-        }
+        if (!get_info(from.get(), &info))
+            return false;
         if (!info.is_regular_file)
-            continue;
+            return true;
         ov::GStr to = path_in(destination.get(), name.get());
-        if (!get_info(to.get(), &info)) {
-            ok = false;
-            break;
-        }
-        if (!info.exists)
-            ok = ov_stream_copy_from_file_path_to_file_path(from.get(), to.get());
-    }
-    if (folder != nullptr)
-        ok = ov_fs_utils_close_folder(folder) && ok;
+        if (!get_info(to.get(), &info))
+            return false;
+        return info.exists || ov_stream_copy_from_file_path_to_file_path(from.get(), to.get());
+    });
 
     if (!ok && !existed) {
         ErrorKeeper keep;
@@ -546,22 +511,10 @@ gboolean ov_workspace_refresh()
     for (OvWorkspaceObjectFile *object_file : state->object_files)
         unseen.try_emplace(object_file->file_name, object_file);
 
-    DIR *folder = ov_fs_utils_open_folder(documents);
-    if (folder == nullptr)
-        return FALSE;
-    bool ok = true;
-    while (true) {
-        char *raw_name = nullptr;
-        if (!ov_fs_utils_next_folder_entry(folder, &raw_name)) {
-            ok = false;
-            break;
-        }
-        ov::GStr name = ov::gstr(raw_name);
-        if (!name)
-            break;
+    const bool ok = ov::for_each_folder_entry(documents, [&](ov::GStr &name) {
         const size_t length = strlen(name.get());
         if (length <= extension_length || !ov_utf8_has_suffix_case_insensitive_ascii(name.get(), extension))
-            continue;
+            return true;
 
         OvWorkspaceObjectFile *object_file = nullptr;
         ov::GStr object_id;
@@ -571,14 +524,14 @@ gboolean ov_workspace_refresh()
         } else {
             object_id = ov::gstr(ov_convert_fat_safe_file_name_format_to_object_id(name.get(), length - extension_length));
             if (!object_id)
-                continue;
+                return true;
         }
 
         ov::GStr path = path_in(documents, name.get());
         OvFileInfo info;
         if (!get_info(path.get(), &info) || !info.exists || !info.is_regular_file) {
             ov_error_clear();
-            continue;
+            return true;
         }
 
         bool is_new = object_file == nullptr;
@@ -601,8 +554,8 @@ gboolean ov_workspace_refresh()
             state->added(object_file, state->added_data);
         else if (changed && state->changed != nullptr)
             state->changed(object_file, state->changed_data);
-    }
-    ok = ov_fs_utils_close_folder(folder) && ok;
+        return true;
+    });
     if (!ok)
         return FALSE;
 
