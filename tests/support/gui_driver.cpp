@@ -2,30 +2,65 @@
 
 #include "core/raii.h"
 #include "frame/window_stack.h"
+#include "support/test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
-#include <sstream>
 
 namespace ov::test {
 
 namespace {
 
-std::vector<GtkWindow *> all_toplevels()
+using Predicate = std::function<bool(GtkWidget *)>;
+
+constexpr gint64 step_limit_us = 10 * G_USEC_PER_SEC;
+
+// Visits root and everything inside it in the window's order until visit
+// returns true, and returns that widget.
+GtkWidget *walk(GtkWidget *root, const Predicate &visit)
+{
+    if (root == nullptr || visit(root))
+        return root;
+    if (!GTK_IS_CONTAINER(root))
+        return nullptr;
+    struct State {
+        const Predicate *visit;
+        GtkWidget *found;
+    } state{&visit, nullptr};
+    gtk_container_forall(
+        GTK_CONTAINER(root),
+        [](GtkWidget *child, gpointer data) {
+            auto *s = static_cast<State *>(data);
+            if (s->found == nullptr)
+                s->found = walk(child, *s->visit);
+        },
+        &state);
+    return state.found;
+}
+
+// The shown top-level windows of that type, newest first.
+std::vector<GtkWindow *> shown_windows(GtkWindowType type)
 {
     std::vector<GtkWindow *> windows;
     GList *list = gtk_window_list_toplevels();
     for (GList *walk = list; walk != nullptr; walk = walk->next)
-        windows.push_back(GTK_WINDOW(walk->data));
+        if (gtk_window_get_window_type(GTK_WINDOW(walk->data)) == type &&
+            gtk_widget_get_mapped(GTK_WIDGET(walk->data)))
+            windows.push_back(GTK_WINDOW(walk->data));
     g_list_free(list);
     return windows;
 }
 
-bool is_shown(GtkWindow *window)
+std::vector<GtkMenu *> shown_menus()
 {
-    return gtk_widget_get_visible(GTK_WIDGET(window)) && gtk_widget_get_mapped(GTK_WIDGET(window));
+    std::vector<GtkMenu *> menus;
+    for (GtkWindow *popup : shown_windows(GTK_WINDOW_POPUP)) {
+        GtkWidget *child = gtk_bin_get_child(GTK_BIN(popup));
+        if (GTK_IS_MENU(child) && gtk_widget_get_visible(child))
+            menus.push_back(GTK_MENU(child));
+    }
+    return menus;
 }
 
 // Text without mnemonic underscores ("_Yes" -> "Yes", "__" -> "_").
@@ -42,52 +77,18 @@ std::string without_mnemonics(const char *text)
 
 bool same_label(const char *shown, const char *wanted)
 {
-    if (shown == nullptr || wanted == nullptr)
-        return false;
-    return without_mnemonics(shown) == without_mnemonics(wanted);
+    return shown != nullptr && without_mnemonics(shown) == without_mnemonics(wanted);
 }
 
-// The text a label shows, without markup.
-const char *label_text(GtkWidget *widget)
-{
-    return GTK_IS_LABEL(widget) ? gtk_label_get_text(GTK_LABEL(widget)) : nullptr;
-}
-
-void collect(GtkWidget *widget, const std::function<bool(GtkWidget *)> &predicate, std::vector<GtkWidget *> &found)
-{
-    if (predicate(widget))
-        found.push_back(widget);
-    if (GTK_IS_CONTAINER(widget)) {
-        struct Walk {
-            const std::function<bool(GtkWidget *)> *predicate;
-            std::vector<GtkWidget *> *found;
-        } walk{&predicate, &found};
-        gtk_container_forall(
-            GTK_CONTAINER(widget),
-            [](GtkWidget *child, gpointer data) {
-                auto *w = static_cast<Walk *>(data);
-                collect(child, *w->predicate, *w->found);
-            },
-            &walk);
-    }
-}
-
-// The texts of the labels inside a widget, joined.
-std::string inner_label_text(GtkWidget *widget)
+// The texts (without markup) of the labels inside root, joined.
+std::string joined_labels(GtkWidget *root, const char *separator, bool visible_only)
 {
     std::string text;
-    for (GtkWidget *label : find_widgets(widget, [](GtkWidget *w) { return GTK_IS_LABEL(w); }))
-        text += gtk_label_get_text(GTK_LABEL(label));
+    for (GtkWidget *label : find_widgets(root, [&](GtkWidget *w) {
+             return GTK_IS_LABEL(w) && (!visible_only || gtk_widget_get_visible(w));
+         }))
+        text += (text.empty() ? "" : separator) + std::string(gtk_label_get_text(GTK_LABEL(label)));
     return text;
-}
-
-bool button_has_label(GtkWidget *widget, const char *wanted)
-{
-    if (!GTK_IS_BUTTON(widget))
-        return false;
-    if (same_label(gtk_button_get_label(GTK_BUTTON(widget)), wanted))
-        return true;
-    return same_label(inner_label_text(widget).c_str(), wanted);
 }
 
 std::string menu_item_label(GtkWidget *item)
@@ -95,45 +96,58 @@ std::string menu_item_label(GtkWidget *item)
     if (GTK_IS_SEPARATOR_MENU_ITEM(item))
         return "-";
     const char *label = gtk_menu_item_get_label(GTK_MENU_ITEM(item));
-    std::string text = label != nullptr ? without_mnemonics(label) : inner_label_text(item);
-    return text;
+    return label != nullptr ? without_mnemonics(label) : joined_labels(item, "", false);
 }
 
-std::vector<GtkMenu *> shown_menus()
+std::vector<GtkWidget *> menu_items(GtkMenu *menu)
 {
-    std::vector<GtkMenu *> menus;
-    for (GtkWindow *window : all_toplevels()) {
-        if (gtk_window_get_window_type(window) != GTK_WINDOW_POPUP || !is_shown(window))
-            continue;
-        GtkWidget *child = gtk_bin_get_child(GTK_BIN(window));
-        if (GTK_IS_MENU(child) && gtk_widget_get_visible(child))
-            menus.push_back(GTK_MENU(child));
+    return find_widgets(GTK_WIDGET(menu),
+                        [&](GtkWidget *w) { return gtk_widget_get_parent(w) == GTK_WIDGET(menu); });
+}
+
+// A press and its release sent to window from the pointer, or from the
+// keyboard for keys; fill sets the rest of what the events carry.
+void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
+               const std::function<void(GdkEvent *)> &fill)
+{
+    GdkSeat *seat = gdk_display_get_default_seat(gdk_window_get_display(window));
+    GdkDevice *device = press == GDK_KEY_PRESS ? gdk_seat_get_keyboard(seat) : gdk_seat_get_pointer(seat);
+    for (GdkEventType type : {press, release}) {
+        GdkEvent *event = gdk_event_new(type);
+        event->any.window = GDK_WINDOW(g_object_ref(window));
+        event->any.send_event = TRUE;
+        gdk_event_set_device(event, device);
+        gdk_event_set_source_device(event, device);
+        fill(event);
+        gtk_main_do_event(event);
+        gdk_event_free(event);
     }
-    return menus;
 }
 
-GdkDevice *pointer_device(GdkDisplay *display)
+void send_key(GdkWindow *window, guint keyval, GdkModifierType modifiers = GdkModifierType(0))
 {
-    return gdk_seat_get_pointer(gdk_display_get_default_seat(display));
-}
-
-GdkDevice *keyboard_device(GdkDisplay *display)
-{
-    return gdk_seat_get_keyboard(gdk_display_get_default_seat(display));
+    GdkKeymapKey *keys = nullptr;
+    int count = 0;
+    gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_window_get_display(window)), keyval,
+                                      &keys, &count);
+    send_pair(window, GDK_KEY_PRESS, GDK_KEY_RELEASE, [&](GdkEvent *event) {
+        event->key.state = modifiers;
+        event->key.keyval = keyval;
+        event->key.hardware_keycode = count > 0 ? keys[0].keycode : 0;
+        event->key.group = count > 0 ? keys[0].group : 0;
+    });
+    g_free(keys);
 }
 
 // The deepest visible child window of parent that holds the point (given
 // in parent's coordinates); the point is turned into that window's.
 GdkWindow *window_at(GdkWindow *parent, int &x, int &y)
 {
-    GList *children = gdk_window_peek_children(parent);
-    for (GList *walk = children; walk != nullptr; walk = walk->next) {
+    for (GList *walk = gdk_window_peek_children(parent); walk != nullptr; walk = walk->next) {
         auto *child = GDK_WINDOW(walk->data);
-        if (!gdk_window_is_visible(child))
-            continue;
         int cx, cy, cw, ch;
         gdk_window_get_geometry(child, &cx, &cy, &cw, &ch);
-        if (x >= cx && y >= cy && x < cx + cw && y < cy + ch) {
+        if (gdk_window_is_visible(child) && x >= cx && y >= cy && x < cx + cw && y < cy + ch) {
             x -= cx;
             y -= cy;
             return window_at(child, x, y);
@@ -142,110 +156,44 @@ GdkWindow *window_at(GdkWindow *parent, int &x, int &y)
     return parent;
 }
 
-void send_button(GdkEventType type, GdkWindow *window, int x, int y)
-{
-    GdkEvent *event = gdk_event_new(type);
-    event->button.window = GDK_WINDOW(g_object_ref(window));
-    event->button.send_event = TRUE;
-    event->button.time = GDK_CURRENT_TIME;
-    event->button.x = x;
-    event->button.y = y;
-    int root_x = 0;
-    int root_y = 0;
-    gdk_window_get_root_coords(window, x, y, &root_x, &root_y);
-    event->button.x_root = root_x;
-    event->button.y_root = root_y;
-    event->button.button = 1;
-    event->button.state = type == GDK_BUTTON_RELEASE ? GDK_BUTTON1_MASK : 0;
-    GdkDevice *device = pointer_device(gdk_window_get_display(window));
-    gdk_event_set_device(event, device);
-    gdk_event_set_source_device(event, device);
-    gtk_main_do_event(event);
-    gdk_event_free(event);
-}
-
-void send_key(GdkEventType type, GdkWindow *window, guint keyval, GdkModifierType modifiers)
-{
-    GdkEvent *event = gdk_event_new(type);
-    event->key.window = GDK_WINDOW(g_object_ref(window));
-    event->key.send_event = TRUE;
-    event->key.time = GDK_CURRENT_TIME;
-    event->key.state = modifiers;
-    event->key.keyval = keyval;
-    GdkDisplay *display = gdk_window_get_display(window);
-    GdkKeymapKey *keys = nullptr;
-    int count = 0;
-    if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(display), keyval, &keys, &count) &&
-        count > 0) {
-        event->key.hardware_keycode = keys[0].keycode;
-        event->key.group = keys[0].group;
-    }
-    g_free(keys);
-    GdkDevice *device = keyboard_device(display);
-    gdk_event_set_device(event, device);
-    gdk_event_set_source_device(event, device);
-    gtk_main_do_event(event);
-    gdk_event_free(event);
-}
-
-// Opens the submenu of item from the keyboard, as the arrow keys would, and
-// waits until it is shown.
+// Opens the submenu of item with the arrow keys and waits until it is shown.
 GtkMenu *open_submenu(GtkMenu *menu, GtkWidget *item)
 {
     GtkWidget *submenu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(item));
     if (submenu == nullptr)
         return nullptr;
     GdkWindow *window = gtk_widget_get_window(gtk_widget_get_toplevel(GTK_WIDGET(menu)));
-    auto *shell = GTK_MENU_SHELL(menu);
-    for (int i = 0; i < 200 && gtk_menu_shell_get_selected_item(shell) != item; ++i) {
-        send_key(GDK_KEY_PRESS, window, GDK_KEY_Down, GdkModifierType(0));
-        send_key(GDK_KEY_RELEASE, window, GDK_KEY_Down, GdkModifierType(0));
-    }
-    send_key(GDK_KEY_PRESS, window, GDK_KEY_Right, GdkModifierType(0));
-    send_key(GDK_KEY_RELEASE, window, GDK_KEY_Right, GdkModifierType(0));
-    for (int i = 0; i < 100 && !gtk_widget_get_mapped(submenu); ++i)
-        wait_ms(10);
+    for (int i = 0; i < 200 && gtk_menu_shell_get_selected_item(GTK_MENU_SHELL(menu)) != item; ++i)
+        send_key(window, GDK_KEY_Down);
+    send_key(window, GDK_KEY_Right);
+    wait_until([&] { return gtk_widget_get_mapped(submenu); }, 1000);
     return gtk_widget_get_mapped(submenu) ? GTK_MENU(submenu) : nullptr;
 }
 
 } // namespace
 
-// Windows.
-
-std::vector<GtkWindow *> visible_windows()
-{
-    std::vector<GtkWindow *> windows;
-    for (GtkWindow *window : all_toplevels())
-        if (gtk_window_get_window_type(window) == GTK_WINDOW_TOPLEVEL && is_shown(window))
-            windows.push_back(window);
-    return windows;
-}
-
 GtkWindow *top_window()
 {
-    std::vector<GtkWindow *> windows = visible_windows();
-    auto is_leaf = [&](GtkWindow *window) {
-        return std::none_of(windows.begin(), windows.end(),
-                            [&](GtkWindow *other) { return gtk_window_get_transient_for(other) == window; });
+    std::vector<GtkWindow *> windows = shown_windows(GTK_WINDOW_TOPLEVEL);
+    auto dialog_of = [&](GtkWindow *owner) {
+        auto it = std::find_if(windows.begin(), windows.end(),
+                               [&](GtkWindow *w) { return gtk_window_get_transient_for(w) == owner; });
+        return it == windows.end() ? nullptr : *it;
     };
     GtkWindow *top = ov_window_stack_get_top_busy_window();
     if (top == nullptr)
         top = ov_window_stack_get_top_window();
-    // A dialog run outside the stack sits above the window it belongs to.
-    for (bool moved = top != nullptr; moved;) {
-        moved = false;
-        for (GtkWindow *window : windows)
-            if (gtk_window_get_transient_for(window) == top) {
-                top = window;
-                moved = true;
-                break;
-            }
+    if (top != nullptr) {
+        // A dialog run outside the stack sits above the window it belongs to.
+        while (GtkWindow *dialog = dialog_of(top))
+            top = dialog;
+        if (gtk_widget_get_mapped(GTK_WIDGET(top)))
+            return top;
     }
-    if (top != nullptr && is_shown(top))
-        return top;
+    // Otherwise a modal window nothing is transient for, else the last such.
     GtkWindow *fallback = nullptr;
     for (GtkWindow *window : windows) {
-        if (!is_leaf(window))
+        if (dialog_of(window) != nullptr)
             continue;
         if (gtk_window_get_modal(window))
             return window;
@@ -254,35 +202,22 @@ GtkWindow *top_window()
     return fallback;
 }
 
-GtkWindow *find_window(const char *title)
-{
-    for (GtkWindow *window : visible_windows()) {
-        const char *shown = gtk_window_get_title(window);
-        if (shown != nullptr && g_strcmp0(shown, title) == 0)
-            return window;
-    }
-    return nullptr;
-}
-
 bool window_shown(const char *title)
 {
     GtkWindow *top = top_window();
     return top != nullptr && g_strcmp0(gtk_window_get_title(top), title) == 0;
 }
 
-// Menus.
-
 GtkMenu *open_menu()
 {
     std::vector<GtkMenu *> menus = shown_menus();
-    for (GtkMenu *menu : menus) {
-        bool has_open_submenu = std::any_of(menus.begin(), menus.end(), [&](GtkMenu *other) {
-            GtkWidget *attach = gtk_menu_get_attach_widget(other);
-            return other != menu && attach != nullptr && gtk_widget_get_parent(attach) == GTK_WIDGET(menu);
-        });
-        if (!has_open_submenu)
+    for (GtkMenu *menu : menus)
+        if (std::none_of(menus.begin(), menus.end(), [&](GtkMenu *other) {
+                GtkWidget *attach = gtk_menu_get_attach_widget(other);
+                return other != menu && attach != nullptr &&
+                       gtk_widget_get_parent(attach) == GTK_WIDGET(menu);
+            }))
             return menu;
-    }
     return nullptr;
 }
 
@@ -294,59 +229,39 @@ bool menu_shown()
 std::string menu_labels(GtkMenu *menu)
 {
     std::string labels;
-    GList *children = gtk_container_get_children(GTK_CONTAINER(menu));
-    for (GList *walk = children; walk != nullptr; walk = walk->next) {
-        auto *item = GTK_WIDGET(walk->data);
-        if (!labels.empty())
-            labels += "|";
-        labels += menu_item_label(item);
+    for (GtkWidget *item : menu_items(menu)) {
+        labels += (labels.empty() ? "" : "|") + menu_item_label(item);
         if (GTK_IS_MENU_ITEM(item) && gtk_menu_item_get_submenu(GTK_MENU_ITEM(item)) != nullptr)
             labels += " >";
     }
-    g_list_free(children);
     return labels;
 }
 
 GtkWidget *find_menu_item(GtkMenu *menu, const char *label)
 {
-    GtkWidget *found = nullptr;
-    GList *children = gtk_container_get_children(GTK_CONTAINER(menu));
-    for (GList *walk = children; walk != nullptr && found == nullptr; walk = walk->next)
-        if (menu_item_label(GTK_WIDGET(walk->data)) == without_mnemonics(label))
-            found = GTK_WIDGET(walk->data);
-    g_list_free(children);
-    return found;
+    for (GtkWidget *item : menu_items(menu))
+        if (menu_item_label(item) == without_mnemonics(label))
+            return item;
+    return nullptr;
 }
 
 void activate_menu_item(const char *path)
 {
     GtkMenu *menu = open_menu();
-    if (menu == nullptr) {
-        ADD_FAILURE() << "No menu is open to choose \"" << path << "\" from.";
-        return;
-    }
     ov::GStrv parts(g_strsplit(path, "/", -1));
     for (char **part = parts.get(); *part != nullptr; ++part) {
-        GtkWidget *item = find_menu_item(menu, *part);
-        if (item == nullptr) {
-            ADD_FAILURE() << "No menu item \"" << *part << "\" in: " << menu_labels(menu);
+        GtkWidget *item = menu != nullptr ? find_menu_item(menu, *part) : nullptr;
+        if (item == nullptr || !gtk_widget_is_sensitive(item)) {
+            ADD_FAILURE() << "No sensitive menu item \"" << *part
+                          << "\" in: " << (menu != nullptr ? menu_labels(menu) : "(no open menu)");
             return;
         }
-        if (!gtk_widget_is_sensitive(item)) {
-            ADD_FAILURE() << "The menu item \"" << *part << "\" is insensitive.";
-            return;
-        }
-        if (part[1] != nullptr) {
-            menu = open_submenu(menu, item);
-            if (menu == nullptr) {
-                ADD_FAILURE() << "The menu item \"" << *part << "\" opens no submenu.";
-                return;
-            }
-            continue;
-        }
-        gtk_menu_shell_activate_item(GTK_MENU_SHELL(gtk_widget_get_parent(item)), item, TRUE);
+        if (part[1] == nullptr)
+            gtk_menu_shell_activate_item(GTK_MENU_SHELL(menu), item, TRUE);
+        else
+            menu = open_submenu(menu, item); // null when it opens none
     }
-    process_events();
+    flush_events();
 }
 
 void dismiss_menu()
@@ -356,121 +271,96 @@ void dismiss_menu()
         ADD_FAILURE() << "No menu is open to dismiss.";
         return;
     }
-    GtkWidget *toplevel = gtk_widget_get_toplevel(GTK_WIDGET(menu));
-    send_key(GDK_KEY_PRESS, gtk_widget_get_window(toplevel), GDK_KEY_Escape, GdkModifierType(0));
-    send_key(GDK_KEY_RELEASE, gtk_widget_get_window(toplevel), GDK_KEY_Escape, GdkModifierType(0));
-    process_events();
+    send_key(gtk_widget_get_window(gtk_widget_get_toplevel(GTK_WIDGET(menu))), GDK_KEY_Escape);
+    flush_events();
 }
 
-// Widgets.
-
-std::vector<GtkWidget *> find_widgets(GtkWidget *root, const std::function<bool(GtkWidget *)> &predicate)
+std::vector<GtkWidget *> find_widgets(GtkWidget *root, const Predicate &predicate)
 {
     std::vector<GtkWidget *> found;
-    if (root != nullptr)
-        collect(root, predicate, found);
+    walk(root, [&](GtkWidget *w) {
+        if (predicate(w))
+            found.push_back(w);
+        return false;
+    });
     return found;
 }
 
-GtkWidget *find_widget(GtkWidget *root, const std::function<bool(GtkWidget *)> &predicate)
+GtkWidget *find_widget(GtkWidget *root, const Predicate &predicate)
 {
-    std::vector<GtkWidget *> found = find_widgets(root, predicate);
-    return found.empty() ? nullptr : found.front();
+    return walk(root, predicate);
 }
 
 GtkWidget *find_button(GtkWidget *root, const char *label)
 {
-    return find_widget(root, [&](GtkWidget *w) { return gtk_widget_get_visible(w) && button_has_label(w, label); });
+    return walk(root, [&](GtkWidget *w) {
+        return GTK_IS_BUTTON(w) && gtk_widget_get_visible(w) &&
+               (same_label(gtk_button_get_label(GTK_BUTTON(w)), label) ||
+                same_label(joined_labels(w, "", false).c_str(), label));
+    });
 }
 
 GtkWidget *find_label(GtkWidget *root, const char *text)
 {
-    return find_widget(root, [&](GtkWidget *w) { return same_label(label_text(w), text); });
-}
-
-GtkWidget *find_entry(GtkWidget *root, const char *label)
-{
-    bool after_label = false;
-    GtkWidget *entry = nullptr;
-    std::string wanted = label;
-    find_widgets(root, [&](GtkWidget *w) {
-        if (entry != nullptr)
-            return false;
-        if (const char *text = label_text(w)) {
-            std::string shown = text;
-            // Input-field labels read "Label:" or "Label: (Required)".
-            after_label = after_label || shown == wanted || shown.rfind(wanted + ":", 0) == 0;
-        } else if (after_label && (GTK_IS_ENTRY(w) || GTK_IS_TEXT_VIEW(w))) {
-            entry = w;
-        }
-        return false;
+    return walk(root, [&](GtkWidget *w) {
+        return GTK_IS_LABEL(w) && same_label(gtk_label_get_text(GTK_LABEL(w)), text);
     });
-    return entry;
 }
 
 std::string label_texts(GtkWidget *root)
 {
-    std::string texts;
-    for (GtkWidget *label : find_widgets(root, [](GtkWidget *w) {
-             return GTK_IS_LABEL(w) && gtk_widget_get_visible(w);
-         })) {
-        if (!texts.empty())
-            texts += "|";
-        texts += gtk_label_get_text(GTK_LABEL(label));
-    }
-    return texts;
+    return joined_labels(root, "|", true);
 }
-
-// Actions.
 
 void click(GtkWidget *widget)
 {
-    if (widget == nullptr) {
-        ADD_FAILURE() << "Nothing to click.";
+    if (widget == nullptr || !gtk_widget_is_sensitive(widget) || !gtk_widget_get_mapped(widget)) {
+        ADD_FAILURE() << "The widget to click is missing, insensitive or not shown.";
         return;
     }
-    if (!gtk_widget_is_sensitive(widget) || !gtk_widget_get_mapped(widget)) {
-        ADD_FAILURE() << "The widget to click is insensitive or not shown.";
-        return;
-    }
-    GtkWidget *toplevel = gtk_widget_get_toplevel(widget);
     // A widget added to a shown window is laid out with the next frame.
     GtkAllocation allocation;
-    gtk_widget_get_allocation(widget, &allocation);
-    for (int i = 0; i < 100 && (allocation.x < 0 || allocation.width <= 1); ++i) {
-        wait_ms(10);
-        gtk_widget_get_allocation(widget, &allocation);
-    }
+    wait_until(
+        [&] {
+            gtk_widget_get_allocation(widget, &allocation);
+            return allocation.x >= 0 && allocation.width > 1;
+        },
+        1000);
+    GtkWidget *toplevel = gtk_widget_get_toplevel(widget);
     int x = 0;
     int y = 0;
-    if (!gtk_widget_translate_coordinates(widget, toplevel, allocation.width / 2, allocation.height / 2, &x, &y)) {
+    if (!gtk_widget_translate_coordinates(widget, toplevel, allocation.width / 2, allocation.height / 2, &x,
+                                          &y)) {
         ADD_FAILURE() << "The widget to click is not inside a window.";
         return;
     }
     GdkWindow *window = window_at(gtk_widget_get_window(toplevel), x, y);
-    send_button(GDK_BUTTON_PRESS, window, x, y);
-    send_button(GDK_BUTTON_RELEASE, window, x, y);
-    process_events();
+    int root_x = 0;
+    int root_y = 0;
+    gdk_window_get_root_coords(window, x, y, &root_x, &root_y);
+    send_pair(window, GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE, [&](GdkEvent *event) {
+        event->button.x = x;
+        event->button.y = y;
+        event->button.x_root = root_x;
+        event->button.y_root = root_y;
+        event->button.button = 1;
+        event->button.state = event->type == GDK_BUTTON_RELEASE ? GDK_BUTTON1_MASK : 0;
+    });
+    flush_events();
 }
 
 void click_button_in(GtkWidget *root, const char *label)
 {
     GtkWidget *button = find_button(root, label);
-    if (button == nullptr) {
+    if (button == nullptr)
         ADD_FAILURE() << "No button \"" << label << "\" among: " << label_texts(root);
-        return;
-    }
-    click(button);
+    else
+        click(button);
 }
 
 void click_button(const char *label)
 {
-    GtkWindow *top = top_window();
-    if (top == nullptr) {
-        ADD_FAILURE() << "No window is shown to click \"" << label << "\" in.";
-        return;
-    }
-    click_button_in(GTK_WIDGET(top), label);
+    click_button_in(GTK_WIDGET(top_window()), label);
 }
 
 void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers)
@@ -484,17 +374,15 @@ void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers)
         ADD_FAILURE() << "The widget to type into is not realised.";
         return;
     }
-    send_key(GDK_KEY_PRESS, window, keyval, modifiers);
-    send_key(GDK_KEY_RELEASE, window, keyval, modifiers);
-    process_events();
+    send_key(window, keyval, modifiers);
+    flush_events();
 }
 
 void type_text(GtkWidget *widget, const char *text)
 {
     for (const char *p = text; *p != '\0'; p = g_utf8_next_char(p)) {
         gunichar c = g_utf8_get_char(p);
-        guint keyval = c == '\n' ? GDK_KEY_Return : c == '\t' ? GDK_KEY_Tab : gdk_unicode_to_keyval(c);
-        press_key(widget, keyval);
+        press_key(widget, c == '\n' ? GDK_KEY_Return : c == '\t' ? GDK_KEY_Tab : gdk_unicode_to_keyval(c));
     }
 }
 
@@ -502,11 +390,9 @@ void paste_text(GtkWidget *widget, const char *text)
 {
     if (!gtk_widget_is_focus(widget))
         gtk_widget_grab_focus(widget);
-    GtkClipboard *clipboard = gtk_widget_get_clipboard(widget, GDK_SELECTION_CLIPBOARD);
-    gtk_clipboard_set_text(clipboard, text, -1);
+    gtk_clipboard_set_text(gtk_widget_get_clipboard(widget, GDK_SELECTION_CLIPBOARD), text, -1);
     g_signal_emit_by_name(widget, "paste-clipboard");
-    // The clipboard answers through the main loop.
-    wait_ms(50);
+    wait_ms(50); // the clipboard answers through the main loop
 }
 
 void close_window(GtkWindow *window)
@@ -521,38 +407,36 @@ void close_window(GtkWindow *window)
     event->any.send_event = TRUE;
     gtk_main_do_event(event);
     gdk_event_free(event);
-    process_events();
+    flush_events();
 }
 
 void show_and_wait(GtkWidget *window)
 {
     gtk_widget_show(window);
-    for (int i = 0; i < 200 && !(gtk_widget_get_mapped(window) && gtk_widget_get_allocated_width(window) > 1); ++i)
-        wait_ms(10);
-    // One more frame so that the children are laid out and styled.
-    wait_ms(20);
-}
-
-void process_events()
-{
-    while (g_main_context_iteration(nullptr, FALSE))
-        ;
+    wait_until([&] { return gtk_widget_get_mapped(window) && gtk_widget_get_allocated_width(window) > 1; },
+               2000);
+    wait_ms(20); // one more frame so that the children are laid out and styled
 }
 
 void wait_ms(guint milliseconds)
 {
     GMainLoop *loop = g_main_loop_new(nullptr, FALSE);
-    g_timeout_add(milliseconds, [](gpointer l) -> gboolean {
-        g_main_loop_quit(static_cast<GMainLoop *>(l));
-        return G_SOURCE_REMOVE;
-    }, loop);
+    g_timeout_add(
+        milliseconds,
+        [](gpointer l) -> gboolean {
+            g_main_loop_quit(static_cast<GMainLoop *>(l));
+            return G_SOURCE_REMOVE;
+        },
+        loop);
     g_main_loop_run(loop);
     g_main_loop_unref(loop);
 }
 
-// Script.
-
-Script::Script(guint time_limit_ms) : time_limit_ms_(time_limit_ms) {}
+void wait_until(const std::function<bool()> &condition, guint limit_ms)
+{
+    for (guint waited = 0; waited < limit_ms && !condition(); waited += 10)
+        wait_ms(10);
+}
 
 Script::~Script()
 {
@@ -564,9 +448,9 @@ Script::~Script()
 
 Script &Script::when(Condition condition, Action action)
 {
-    steps_.push_back({std::move(condition), std::move(action)});
+    steps_.emplace_back(std::move(condition), std::move(action));
     if (source_ == 0) {
-        deadline_ = g_get_monotonic_time() + gint64(time_limit_ms_) * 1000;
+        deadline_ = g_get_monotonic_time() + step_limit_us;
         source_ = g_timeout_add(20, tick, this);
     }
     return *this;
@@ -574,8 +458,7 @@ Script &Script::when(Condition condition, Action action)
 
 Script &Script::when_window(const char *title, Action action)
 {
-    std::string wanted = title;
-    return when([wanted] { return window_shown(wanted.c_str()); }, std::move(action));
+    return when([wanted = std::string(title)] { return window_shown(wanted.c_str()); }, std::move(action));
 }
 
 Script &Script::when_menu(Action action)
@@ -591,42 +474,31 @@ Script &Script::then(Action action)
 gboolean Script::tick(gpointer data)
 {
     auto *self = static_cast<Script *>(data);
-    if (self->steps_.empty()) {
-        self->source_ = 0;
-        return G_SOURCE_REMOVE;
+    if (self->steps_.front().first()) {
+        // The action runs from a source of its own: it may run a nested loop
+        // (open a window, a menu) in which the next steps must still tick.
+        auto *action = new Action(std::move(self->steps_.front().second));
+        self->steps_.pop_front();
+        self->deadline_ = g_get_monotonic_time() + step_limit_us;
+        g_idle_add_full(
+            G_PRIORITY_DEFAULT,
+            [](gpointer a) -> gboolean {
+                (*static_cast<Action *>(a))();
+                return G_SOURCE_REMOVE;
+            },
+            action, [](gpointer a) { delete static_cast<Action *>(a); });
+    } else if (g_get_monotonic_time() > self->deadline_) {
+        ADD_FAILURE() << "A step of the GUI script did not come true in time; closing everything.";
+        self->steps_.clear();
+        for (GtkMenu *menu : shown_menus())
+            gtk_menu_shell_cancel(GTK_MENU_SHELL(menu));
+        for (GtkWindow *window : shown_windows(GTK_WINDOW_TOPLEVEL))
+            close_window(window);
     }
-    if (!self->steps_.front().condition()) {
-        if (g_get_monotonic_time() > self->deadline_)
-            self->give_up();
+    if (!self->steps_.empty())
         return G_SOURCE_CONTINUE;
-    }
-    // The action runs from a source of its own: it may run a nested loop
-    // (open a window, a menu) in which the next steps must still tick.
-    auto *action = new Action(std::move(self->steps_.front().action));
-    self->steps_.pop_front();
-    self->deadline_ = g_get_monotonic_time() + gint64(self->time_limit_ms_) * 1000;
-    g_idle_add_full(
-        G_PRIORITY_DEFAULT,
-        [](gpointer a) -> gboolean {
-            (*static_cast<Action *>(a))();
-            return G_SOURCE_REMOVE;
-        },
-        action, [](gpointer a) { delete static_cast<Action *>(a); });
-    if (self->steps_.empty()) {
-        self->source_ = 0;
-        return G_SOURCE_REMOVE;
-    }
-    return G_SOURCE_CONTINUE;
-}
-
-void Script::give_up()
-{
-    ADD_FAILURE() << "A step of the GUI script did not come true in time; closing everything.";
-    steps_.clear();
-    for (GtkMenu *menu : shown_menus())
-        gtk_menu_shell_cancel(GTK_MENU_SHELL(menu));
-    for (GtkWindow *window : visible_windows())
-        close_window(window);
+    self->source_ = 0;
+    return G_SOURCE_REMOVE;
 }
 
 } // namespace ov::test
