@@ -6,8 +6,6 @@ list(APPEND OV_UNIT_TEST_SOURCES
   core/util_test.cpp
   core/fs_utils_test.cpp
   core/platform_test.cpp
-  core/file_type_test.cpp
   core/stream_test.cpp
   core/xml_test.cpp
-  core/atomic_file_test.cpp
 )
