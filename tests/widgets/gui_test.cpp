@@ -1,293 +1,147 @@
-// GUI construction helpers, menus and styles on a real display.
-#include "support/gui_driver.h"
-#include "support/test_support.h"
+// GUI construction helpers, menus, styles and the spacifying entry and text
+// view on a real display.
+#include "widgets/widget_test_util.h"
 
 #include "core/error.h"
-#include "core/raii.h"
-#include "widgets/gui.h"
 #include "widgets/menu.h"
+#include "widgets/spacifying_entry.h"
+#include "widgets/spacifying_text_view.h"
 #include "widgets/style.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <sstream>
 #include <string>
+#include <utility>
 
-namespace {
+using namespace ov::test;
 
-std::string title(const char *app, const char *document, gboolean modified)
+// Beeps and CSS texts loaded into providers are counted: the test program's
+// definitions take the place of the toolkit's.
+static int beeps = 0;
+static int css_loads = 0;
+extern "C" void gdk_display_beep(GdkDisplay *) { ++beeps; }
+extern "C" gboolean gtk_css_provider_load_from_data(GtkCssProvider *provider, const gchar *data,
+                                                    gssize length, GError **error)
 {
-    ov::GStr text(ov_gui_generate_main_window_title(app, document, modified));
-    return text.get();
+    using Load = gboolean (*)(GtkCssProvider *, const gchar *, gssize, GError **);
+    static const auto real = reinterpret_cast<Load>(dlsym(RTLD_NEXT, "gtk_css_provider_load_from_data"));
+    ++css_loads;
+    return real(provider, data, length, error);
 }
 
-// A shown window holding a vertical box; destroyed at the end of the scope.
-struct TestWindow {
-    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    GtkWidget *box = ov_gui_add_vbox(GTK_CONTAINER(window), TRUE);
-    TestWindow() { ov::test::show_and_wait(window); }
-    ~TestWindow()
-    {
-        gtk_widget_destroy(window);
-        ov::test::flush_events();
-    }
-};
-
-GtkBorder padding_of(GtkWidget *widget)
+namespace
 {
-    ov::test::wait_ms(30); // styles are recomputed with the next frame
+
+// The padding as "top right bottom left".
+std::string padding_of(GtkWidget *widget)
+{
     GtkStyleContext *context = gtk_widget_get_style_context(widget);
-    GtkBorder padding{};
-    gtk_style_context_get_padding(context, gtk_style_context_get_state(context), &padding);
-    return padding;
-}
-
-std::string border_text(GtkBorder b)
-{
-    return std::to_string(b.top) + " " + std::to_string(b.right) + " " + std::to_string(b.bottom) + " " +
-           std::to_string(b.left);
+    GtkBorder b{};
+    gtk_style_context_get_padding(context, gtk_style_context_get_state(context), &b);
+    return ov::GStr(g_strdup_printf("%d %d %d %d", b.top, b.right, b.bottom, b.left)).get();
 }
 
 } // namespace
 
-TEST(GuiHelpers, MainWindowTitleNamesDocumentModificationAndVersion)
+TEST(GuiHelpers, MainWindowTitleLabelsMarginsAndEmojiFollowTheHouseRules)
 {
-    EXPECT_EQ(title("Orvane Template Editor", "Jar", FALSE), "Jar - Orvane Template Editor 3.3.0");
-    EXPECT_EQ(title("Orvane Template Editor", "Jar", TRUE), "*Jar - Orvane Template Editor 3.3.0");
-    EXPECT_EQ(title("Orvane Template Editor", nullptr, TRUE), "Orvane Template Editor 3.3.0");
-}
+    auto title = [](const char *document, gboolean modified) {
+        return std::string(
+            ov::GStr(ov_gui_generate_main_window_title("Orvane Template Editor", document, modified)).get());
+    };
+    EXPECT_EQ(title("Jar", FALSE), "Jar - Orvane Template Editor 3.3.0");
+    EXPECT_EQ(title("Jar", TRUE), "*Jar - Orvane Template Editor 3.3.0");
+    EXPECT_EQ(title(nullptr, TRUE), "Orvane Template Editor 3.3.0");
 
-TEST(GuiHelpers, BoxesLabelsButtonsAndMarginsFollowTheHouseRules)
-{
     TestWindow w;
-    EXPECT_EQ(ov_gui_get_default_margin(), 8);
-    EXPECT_EQ(gtk_box_get_spacing(GTK_BOX(w.box)), 8);
-    GtkWidget *tight = ov_gui_pack_hbox(GTK_BOX(w.box), FALSE, FALSE);
-    EXPECT_EQ(gtk_box_get_spacing(GTK_BOX(tight)), 0);
-    EXPECT_FALSE(gtk_box_get_homogeneous(GTK_BOX(tight)));
-
-    GtkWidget *label = ov_gui_pack_label(GTK_BOX(w.box), "Name", 0.0f, 1.0f);
-    gboolean expand = TRUE;
-    gtk_container_child_get(GTK_CONTAINER(w.box), label, "expand", &expand, nullptr);
-    EXPECT_FALSE(expand);
-    EXPECT_FLOAT_EQ(gtk_label_get_yalign(GTK_LABEL(label)), 1.0f);
-    EXPECT_TRUE(gtk_widget_get_visible(label));
-
-    GtkWidget *required = ov_gui_pack_input_field_label(GTK_BOX(w.box), "A & B", TRUE);
-    EXPECT_STREQ(gtk_label_get_label(GTK_LABEL(required)),
+    EXPECT_STREQ(gtk_label_get_label(GTK_LABEL(ov_gui_pack_input_field_label(GTK_BOX(w.box), "A & B", TRUE))),
                  "A &amp; B: <span style=\"italic\" alpha=\"50%\">(Required)</span>");
-    EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(ov_gui_create_input_field_label("Text", FALSE))), "Text:");
-
-    GtkWidget *ok = ov_gui_pack_button(GTK_BOX(w.box), "OK", TRUE);
-    EXPECT_TRUE(gtk_widget_has_default(ok));
-    GtkWidget *empty = ov_gui_pack_button(GTK_BOX(w.box), nullptr, FALSE);
-    EXPECT_EQ(gtk_button_get_label(GTK_BUTTON(empty)), nullptr);
-
-    // Containers take the border width, text views and plain widgets margins.
-    GtkWidget *view = ov_gui_pack_text_view(GTK_BOX(w.box), TRUE);
-    ov_gui_set_default_surrounding_margin(view);
+    // Containers take the margin as border width, other widgets as margins.
+    GtkWidget *tight = ov_gui_pack_hbox(GTK_BOX(w.box), FALSE, FALSE),
+              *view = w.pack(ov_gui_create_text_view());
     ov_gui_set_default_surrounding_margin(tight);
-    ov_gui_set_default_surrounding_margin(label);
+    ov_gui_set_default_surrounding_margin(view);
     EXPECT_EQ(gtk_container_get_border_width(GTK_CONTAINER(tight)), 8u);
     EXPECT_EQ(gtk_container_get_border_width(GTK_CONTAINER(view)), 0u);
     EXPECT_EQ(gtk_widget_get_margin_start(view), 8);
-    EXPECT_EQ(gtk_widget_get_margin_bottom(label), 8);
-    ov_gui_set_margins(label, 1, 2, 3, 4);
-    EXPECT_EQ(gtk_widget_get_margin_top(label), 1);
-    EXPECT_EQ(gtk_widget_get_margin_end(label), 2);
-    EXPECT_EQ(gtk_widget_get_margin_bottom(label), 3);
-    EXPECT_EQ(gtk_widget_get_margin_start(label), 4);
 
-    ov_gui_set_sensitivity(ok, 1);
-    EXPECT_FALSE(gtk_widget_get_sensitive(ok));
-    ov_gui_set_sensitivity(ok, 0);
-    EXPECT_TRUE(gtk_widget_get_sensitive(ok));
-}
-
-TEST(GuiHelpers, EntriesAndTextViewsRefuseEmojiInput)
-{
-    GtkWidget *entry = g_object_ref_sink(ov_gui_create_entry("Jar", TRUE));
-    EXPECT_STREQ(gtk_entry_get_text(GTK_ENTRY(entry)), "Jar");
-    EXPECT_TRUE(gtk_entry_get_activates_default(GTK_ENTRY(entry)));
-    gboolean icon = TRUE;
-    g_object_get(entry, "show-emoji-icon", &icon, nullptr);
-    EXPECT_FALSE(icon);
-    GtkInputHints hints = gtk_entry_get_input_hints(GTK_ENTRY(entry));
-    EXPECT_TRUE(hints & GTK_INPUT_HINT_NO_EMOJI);
-    EXPECT_FALSE(hints & GTK_INPUT_HINT_EMOJI);
-
-    GtkWidget *view = g_object_ref_sink(ov_gui_create_text_view());
+    GtkWidget *entry = w.pack(ov_gui_create_entry("Jar", TRUE));
+    EXPECT_EQ(gtk_entry_get_input_hints(GTK_ENTRY(entry)) & (GTK_INPUT_HINT_NO_EMOJI | GTK_INPUT_HINT_EMOJI),
+              GTK_INPUT_HINT_NO_EMOJI);
     gtk_text_view_set_input_hints(GTK_TEXT_VIEW(view), GTK_INPUT_HINT_EMOJI);
     ov_gui_disable_emojis_in_text_view(GTK_TEXT_VIEW(view));
     EXPECT_EQ(gtk_text_view_get_input_hints(GTK_TEXT_VIEW(view)), GTK_INPUT_HINT_NO_EMOJI);
-    gtk_widget_destroy(entry);
-    gtk_widget_destroy(view);
-    g_object_unref(entry);
-    g_object_unref(view);
 }
 
-TEST(GuiHelpers, AlignmentPlacesItsChildAndWrappersHoldTheWidget)
+namespace
 {
-    TestWindow w;
-    GtkWidget *button = gtk_button_new_with_label("Abort");
-    GtkWidget *alignment = ov_gui_pack_widget_in_alignment(GTK_BOX(w.box), button, TRUE, 1.0f, 0.5f, 0.0f, 1.0f);
-    EXPECT_EQ(ov_gui_alignment_get_child(alignment), button);
-    EXPECT_EQ(gtk_widget_get_halign(button), GTK_ALIGN_END);
-    EXPECT_EQ(gtk_widget_get_valign(button), GTK_ALIGN_FILL);
-    EXPECT_TRUE(gtk_widget_get_visible(button));
 
-    GtkWidget *inner = gtk_label_new("inside");
-    GtkWidget *frame = ov_gui_pack_widget_in_frame(GTK_BOX(w.box), inner, FALSE, "Fields in this row");
-    EXPECT_EQ(gtk_bin_get_child(GTK_BIN(frame)), inner);
-    EXPECT_STREQ(gtk_frame_get_label(GTK_FRAME(frame)), "Fields in this row");
-}
+gpointer chosen = nullptr;
+int first = 1, second = 2;
 
-TEST(GuiHelpers, NotebookPagesAreAppendedOrReportTheFailure)
-{
-    TestWindow w;
-    GtkWidget *notebook = ov_gui_pack_notebook(GTK_BOX(w.box), TRUE);
-    GtkWidget *page = ov_gui_create_vbox(FALSE);
-    EXPECT_EQ(ov_gui_notebook_append_page(GTK_NOTEBOOK(notebook), page, gtk_label_new("Basic data"), nullptr), 0);
-    EXPECT_EQ(ov_gui_notebook_append_page(GTK_NOTEBOOK(notebook), ov_gui_create_vbox(FALSE), nullptr, nullptr), 1);
-}
-
-TEST(GuiHelpers, ShrinkingKeepsTheWidthUnlessAskedAndSparesMaximisedWindows)
-{
-    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    gtk_window_set_default_size(GTK_WINDOW(window), 300, 200);
-    gtk_widget_show(window);
-    ov::test::flush_events();
-    ov_gui_resize_window_to_minimum_unless_maximized(GTK_WINDOW(window), FALSE);
-    ov::test::wait_ms(50);
-    int width = 0;
-    int height = 0;
-    gtk_window_get_size(GTK_WINDOW(window), &width, &height);
-    EXPECT_EQ(width, 300);
-    EXPECT_LT(height, 200);
-    ov_gui_resize_window_to_minimum_unless_maximized(GTK_WINDOW(window), TRUE);
-    ov::test::wait_ms(50);
-    gtk_window_get_size(GTK_WINDOW(window), &width, &height);
-    EXPECT_LT(width, 300);
-    gtk_widget_destroy(window);
-}
-
-namespace {
-
-struct MenuRecord {
-    gpointer chosen = nullptr;
-    int toggles = 0;
-};
-
-void remember_choice(GtkMenuItem *item, gpointer record)
-{
-    static_cast<MenuRecord *>(record)->chosen = ov_gui_menu_get_item_data(GTK_WIDGET(item));
-}
-
-void count_toggle(GtkCheckMenuItem *, gpointer record)
-{
-    static_cast<MenuRecord *>(record)->toggles++;
-}
-
-GtkWidget *build_menu(MenuRecord &record, int *first, int *second)
+GtkWidget *build_menu()
 {
     GtkWidget *menu = gtk_menu_new();
-    GtkMenuShell *shell = GTK_MENU_SHELL(menu);
-    ov_gui_menu_append_item_with_activate_callback(shell, "Edit row header", first, 0, remember_choice, &record);
+    auto *shell = GTK_MENU_SHELL(menu);
+    auto choose = [](GtkMenuItem *item, gpointer) { chosen = ov_gui_menu_get_item_data(GTK_WIDGET(item)); };
+    ov_gui_menu_append_item_with_activate_callback(shell, "Edit row header", &first, 0, choose, nullptr);
     ov_gui_menu_append_separator(shell);
-    ov_gui_menu_append_latin1_item_with_activate_callback(shell, "Kr\xe4kelyr", second, 0, remember_choice,
-                                                          &record);
-    ov_gui_menu_append_item_with_activate_callback(shell, "Locked", first, 1, remember_choice, &record);
-    ov_gui_menu_append_check_item_with_toggled_callback(shell, "Show codes", nullptr, 0, TRUE, count_toggle,
-                                                        &record);
+    ov_gui_menu_append_latin1_item_with_activate_callback(shell, "Kr\xe4kelyr", &second, 0, choose, nullptr);
+    ov_gui_menu_append_item_with_activate_callback(shell, "Locked", &first, 1, choose, nullptr);
+    ov_gui_menu_append_check_item_with_toggled_callback(
+        shell, "Show codes", nullptr, 0, TRUE,
+        [](GtkCheckMenuItem *, gpointer) { ADD_FAILURE() << "toggled"; }, nullptr);
     return menu;
 }
 
 } // namespace
 
-TEST(GuiMenus, ItemsCarryDataSensitivityAndLatin1Labels)
+TEST(GuiMenus, ItemsCarryDataAndRunReturnsAfterTheMenuClosed)
 {
-    MenuRecord record;
-    int first = 1;
-    int second = 2;
-    GtkWidget *menu = g_object_ref_sink(build_menu(record, &first, &second));
-    EXPECT_EQ(ov::test::menu_labels(GTK_MENU(menu)), "Edit row header|-|Kräkelyr|Locked|Show codes");
-    GtkWidget *locked = ov::test::find_menu_item(GTK_MENU(menu), "Locked");
+    auto *menu = GTK_MENU(g_object_ref_sink(build_menu()));
+    EXPECT_EQ(menu_labels(menu), "Edit row header|-|Kräkelyr|Locked|Show codes");
+    GtkWidget *locked = find_menu_item(menu, "Locked");
     EXPECT_FALSE(gtk_widget_get_sensitive(locked));
     EXPECT_EQ(ov_gui_menu_get_item_data(locked), &first);
-    GtkWidget *check = ov::test::find_menu_item(GTK_MENU(menu), "Show codes");
-    EXPECT_TRUE(gtk_check_menu_item_get_active(GTK_CHECK_MENU_ITEM(check)));
-    EXPECT_EQ(record.toggles, 0); // setting the initial state is no toggle
+    EXPECT_TRUE(gtk_check_menu_item_get_active(GTK_CHECK_MENU_ITEM(find_menu_item(menu, "Show codes"))));
     ov_gui_menu_set_item_label_accel(locked, GDK_KEY_s, ov_gui_menu_get_primary_accelerator_modifier());
     guint key = 0;
     GdkModifierType mods{};
     gtk_accel_label_get_accel(GTK_ACCEL_LABEL(gtk_bin_get_child(GTK_BIN(locked))), &key, &mods);
     EXPECT_EQ(key, guint(GDK_KEY_s));
     EXPECT_EQ(mods, GDK_CONTROL_MASK);
-    gtk_widget_destroy(menu);
+    gtk_widget_destroy(GTK_WIDGET(menu));
     g_object_unref(menu);
-}
 
-TEST(GuiMenus, RunReturnsAfterTheChosenItemsCallbackAtPointerAndAtAnchor)
-{
+    // At the pointer, or below the anchor and as wide as it; chosen or dismissed.
     TestWindow w;
-    GtkWidget *anchor = ov_gui_pack_button(GTK_BOX(w.box), "Language", FALSE);
-    ov::test::wait_ms(30);
-    for (GtkWidget *at : {static_cast<GtkWidget *>(nullptr), anchor}) {
-        MenuRecord record;
-        int first = 1;
-        int second = 2;
-        GtkWidget *menu = build_menu(record, &first, &second);
-        ov::test::Script script;
-        script.when_menu([] { ov::test::activate_menu_item("Kräkelyr"); });
-        ov_gui_menu_run_and_destroy(GTK_MENU(menu), at);
-        EXPECT_EQ(record.chosen, &second);
-        EXPECT_TRUE(script.done());
-        EXPECT_FALSE(ov::test::menu_shown());
+    GtkWidget *anchor = ov_gui_pack_button(GTK_BOX(w.box), "A rather wide language button", FALSE);
+    w.show();
+    GtkAllocation a;
+    gtk_widget_get_allocation(anchor, &a);
+    for (int run = 0; run < 4; ++run) {
+        const bool at_anchor = run & 1, escape = run & 2;
+        chosen = nullptr;
+        int menu_width = 0, menu_y = 0, anchor_y = 0;
+        Script script;
+        script.when_menu([&] {
+            GtkWidget *open = GTK_WIDGET(open_menu());
+            menu_width = gtk_widget_get_allocated_width(open);
+            gdk_window_get_origin(gtk_widget_get_window(gtk_widget_get_toplevel(open)), nullptr, &menu_y);
+            gdk_window_get_origin(gtk_widget_get_window(anchor), nullptr, &anchor_y);
+            escape ? dismiss_menu() : activate_menu_item("Kräkelyr");
+        });
+        ov_gui_menu_run_and_destroy(GTK_MENU(build_menu()), at_anchor ? anchor : nullptr);
+        EXPECT_TRUE(script.done() && !menu_shown()) << run;
+        EXPECT_EQ(chosen, escape ? nullptr : &second) << run;
+        EXPECT_TRUE(!at_anchor || (menu_width == a.width && menu_y == anchor_y + a.y + a.height)) << run;
     }
 }
 
-TEST(GuiMenus, MenuAtAnchorIsAsWideAsTheAnchorAndBelowIt)
-{
-    TestWindow w;
-    GtkWidget *anchor = ov_gui_pack_button(GTK_BOX(w.box), "A rather wide language button", FALSE);
-    ov::test::wait_ms(30);
-    MenuRecord record;
-    int first = 1;
-    int second = 2;
-    GtkWidget *menu = build_menu(record, &first, &second);
-    int menu_width = 0;
-    int menu_y = 0;
-    int anchor_bottom = 0;
-    ov::test::Script script;
-    script.when_menu([&] {
-        GtkMenu *open = ov::test::open_menu();
-        menu_width = gtk_widget_get_allocated_width(GTK_WIDGET(open));
-        gdk_window_get_origin(gtk_widget_get_window(gtk_widget_get_toplevel(GTK_WIDGET(open))), nullptr, &menu_y);
-        int x = 0;
-        gdk_window_get_origin(gtk_widget_get_window(anchor), &x, &anchor_bottom);
-        GtkAllocation a;
-        gtk_widget_get_allocation(anchor, &a);
-        anchor_bottom += a.y + a.height;
-        ov::test::dismiss_menu();
-    });
-    ov_gui_menu_run_and_destroy(GTK_MENU(menu), anchor);
-    EXPECT_EQ(menu_width, gtk_widget_get_allocated_width(anchor));
-    EXPECT_EQ(menu_y, anchor_bottom);
-}
-
-TEST(GuiMenus, EscapeLeavesTheResultEmpty)
-{
-    MenuRecord record;
-    int first = 1;
-    int second = 2;
-    GtkWidget *menu = build_menu(record, &first, &second);
-    ov::test::Script script;
-    script.when_menu([] { ov::test::dismiss_menu(); });
-    ov_gui_menu_run_and_destroy(GTK_MENU(menu), nullptr);
-    EXPECT_EQ(record.chosen, nullptr);
-    EXPECT_TRUE(script.done());
-}
-
-TEST(GuiStyles, StylesApplyTheirCssAndClasses)
+TEST(GuiStyles, StylesAreMadeOnceAndImageButtonsTakeThePlainButtonsPaddingInTheirOrder)
 {
     // Paddings would otherwise move to their new values in a transition.
     GtkSettings *settings = gtk_settings_get_default();
@@ -295,61 +149,138 @@ TEST(GuiStyles, StylesApplyTheirCssAndClasses)
     g_object_get(settings, "gtk-enable-animations", &animations, nullptr);
     g_object_set(settings, "gtk-enable-animations", FALSE, nullptr);
     TestWindow w;
-    GtkWidget *boxed = ov_gui_pack_label(GTK_BOX(w.box), "Jar", 0.0f, 0.5f);
-    ov_gui_style_boxed_label(boxed);
-    EXPECT_TRUE(gtk_style_context_has_class(gtk_widget_get_style_context(boxed), "orvane-boxed-label"));
-    EXPECT_EQ(border_text(padding_of(boxed)), "4 8 4 8");
+    // Each style's provider is made once, and again after a clean-up.
+    ov_gui_style_clean_up();
+    const int before = css_loads;
+    for (int round = 1; round <= 2; ++round) {
+        for (int i = 0; i < 3; ++i)
+            ov_gui_style_selected_menu_item(ov_gui_pack_label(GTK_BOX(w.box), "x", 0.0f, 0.0f));
+        EXPECT_EQ(css_loads - before, round);
+        ov_gui_style_clean_up();
+    }
 
-    GtkWidget *panel = ov_gui_pack_vbox(GTK_BOX(w.box), FALSE, FALSE);
-    ov_gui_style_grouping_panel(panel);
-    EXPECT_EQ(border_text(padding_of(panel)), "8 8 8 8");
-    GtkWidget *header = ov_gui_pack_vbox(GTK_BOX(w.box), FALSE, FALSE);
-    ov_gui_style_grouping_panel_header(header);
-    EXPECT_TRUE(gtk_style_context_has_class(gtk_widget_get_style_context(header), "orvane-grouping-panel-header"));
-
-    GtkWidget *zero = ov_gui_pack_button(GTK_BOX(w.box), "Zero", FALSE);
-    ov_gui_style_zero_button_padding(zero);
-    EXPECT_EQ(border_text(padding_of(zero)), "0 0 0 0");
-
-    // Buttons with images: the plain button's top padding everywhere but on
-    // the right, which keeps the right padding.
-    const GtkBorder plain = padding_of(ov_gui_pack_button(GTK_BOX(w.box), "Dummy", FALSE));
-    GtkWidget *with_label = ov_gui_create_icon_button("edit-delete-symbolic", "Delete");
-    ov_gui_pack_widget(GTK_BOX(w.box), with_label, FALSE);
-    ov_gui_style_normalize_button_padding(with_label);
-    GtkWidget *image_only = ov_gui_create_icon_button("edit-delete-symbolic", nullptr);
-    ov_gui_pack_widget(GTK_BOX(w.box), image_only, FALSE);
-    ov_gui_style_normalize_button_padding(image_only);
-    GtkStyleContext *labelled = gtk_widget_get_style_context(with_label);
-    EXPECT_TRUE(gtk_style_context_has_class(labelled, "orvane-image-and-label-button"));
-    EXPECT_TRUE(gtk_style_context_has_class(gtk_widget_get_style_context(image_only), "orvane-image-only-button"));
-    const std::string t = std::to_string(plain.top);
-    EXPECT_EQ(border_text(padding_of(with_label)), t + " " + std::to_string(plain.right) + " " + t + " " + t);
-    EXPECT_EQ(border_text(padding_of(image_only)), t + " " + t + " " + t + " " + t);
-    int spacing = 0;
-    gtk_widget_style_get(with_label, "image-spacing", &spacing, nullptr);
-    EXPECT_EQ(spacing, plain.right - 3);
+    GtkWidget *plain = ov_gui_pack_button(GTK_BOX(w.box), "Dummy", FALSE);
+    w.show();
+    std::string t, r;
+    std::istringstream(padding_of(plain)) >> t >> r;
+    // Image buttons take the plain button's top padding, beside a label its right one too.
+    const struct {
+        GtkWidget *widget;
+        void (*style)(GtkWidget *);
+        std::string padding;
+    } cases[] = {{gtk_label_new("Jar"), ov_gui_style_boxed_label, "4 8 4 8"},
+                 {gtk_button_new_with_label("Zero"), ov_gui_style_zero_button_padding, "0 0 0 0"},
+                 {ov_gui_create_icon_button("edit-delete-symbolic", "Delete"),
+                  ov_gui_style_normalize_button_padding, t + " " + r + " " + t + " " + t},
+                 {ov_gui_create_icon_button("edit-delete-symbolic", nullptr),
+                  ov_gui_style_normalize_button_padding, t + " " + t + " " + t + " " + t}};
+    for (const auto &c : cases)
+        c.style(w.pack(c.widget));
+    wait_ms(30); // styles are recomputed with the next frame
+    for (const auto &c : cases)
+        EXPECT_EQ(padding_of(c.widget), c.padding);
     g_object_set(settings, "gtk-enable-animations", animations, nullptr);
-}
 
-TEST(GuiStyles, OneStyleServesManyWidgetsAndCleanUpAllowsANewStart)
-{
-    TestWindow w;
-    for (int i = 0; i < 50; ++i)
-        ov_gui_style_selected_menu_item(ov_gui_pack_label(GTK_BOX(w.box), "x", 0.0f, 0.0f));
-    ov_gui_style_clean_up();
-    GtkWidget *label = ov_gui_pack_label(GTK_BOX(w.box), "Jar", 0.0f, 0.5f);
-    ov_gui_style_boxed_label(label);
-    EXPECT_EQ(border_text(padding_of(label)), "4 8 4 8");
-    ov_gui_style_clean_up();
-    ov_gui_style_clean_up();
-}
-
-TEST(GuiStyles, BrokenCssIsReportedNotApplied)
-{
     ov_error_clear();
-    GtkCssProvider *provider = ov_css_create_provider("label { color: ");
-    EXPECT_EQ(provider, nullptr);
+    EXPECT_EQ(ov_css_create_provider("label { color: "), nullptr);
     EXPECT_NE(std::string(ov_error_get()).find("Couldn't load the style"), std::string::npos);
     ov_error_clear();
+}
+
+TEST(SpacifyingFilter, WhiteSpaceBecomesSpacesAndNonLatin1CharactersGo)
+{
+    const struct {
+        const char *input;
+        gboolean keep_line_feeds;
+        const char *fixed; // null: cannot be fixed
+    } cases[] = {{"plain words", FALSE, "plain words"}, {"", FALSE, ""}, {"a\tb", FALSE, "a b"},
+                 {"\xc3\xa9 \xc3\xbf", FALSE, "\xc3\xa9 \xc3\xbf"}, {"a\r\nb", FALSE, "a  b"},
+                 {"a\r\nb", TRUE, "a \nb"}, {"line\nfeed", TRUE, "line\nfeed"}, {"bad\xff", FALSE, nullptr},
+                 {"5 \xe2\x82\xac", FALSE, "5 "}, {"x\xf0\x9f\x98\x80y", FALSE, "xy"},
+                 {"bad\xc3", TRUE, nullptr},
+                 {"no\xc2\xa0space", FALSE, "no space"}, {"thin\xe2\x80\x89space", FALSE, "thin space"}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.input);
+        ov::GStr fixed(ov_spacifying_text_fix(c.input, -1, c.keep_line_feeds));
+        EXPECT_EQ(fixed ? std::string(fixed.get()) : "(null)", c.fixed ? c.fixed : "(null)");
+        EXPECT_EQ(bool(ov_spacifying_text_needs_fixing(c.input, -1, c.keep_line_feeds)),
+                  c.fixed == nullptr || strcmp(c.fixed, c.input) != 0);
+    }
+    // The length bounds the text; a NUL ends it early.
+    EXPECT_FALSE(ov_spacifying_text_needs_fixing("ab\tc", 2, FALSE));
+    EXPECT_FALSE(ov_spacifying_text_needs_fixing("ab\0\t", 4, FALSE));
+    EXPECT_STREQ(ov::GStr(ov_spacifying_text_fix("a\tb\tc", 3, FALSE)).get(), "a b");
+}
+
+namespace
+{
+
+// A window with a spacifying entry, a compact one and a text view.
+struct EntryWindow : TestWindow {
+    GtkWidget *entry = pack(ov_spacifying_entry_new(FALSE));
+    GtkWidget *compact = pack(ov_spacifying_entry_new(TRUE));
+    GtkWidget *view = pack(ov_spacifying_text_view_new(), TRUE);
+    EntryWindow() { show(); beeps = 0; }
+    std::string text() const { return gtk_entry_get_text(GTK_ENTRY(entry)); }
+    std::string view_text() const
+    {
+        GtkTextIter start, end;
+        gtk_text_buffer_get_bounds(gtk_text_view_get_buffer(GTK_TEXT_VIEW(view)), &start, &end);
+        return ov::GStr(gtk_text_iter_get_slice(&start, &end)).get();
+    }
+};
+
+} // namespace
+
+TEST(SpacifyingEntry, TypedAndPastedTextIsFilteredWithABeepAndLatin1GoesInAndOut)
+{
+    EntryWindow w;
+    type_text(w.entry, "Kr\xc3\xa4k y");
+    EXPECT_EQ(beeps, 0);
+    paste_text(w.entry, "\tb\xe2\x82\xacz");
+    EXPECT_EQ(w.text(), "Kr\xc3\xa4k y bz");
+    EXPECT_EQ(beeps, 1);
+    paste_text(w.entry, "\xf0\x9f\x98\x80");
+    EXPECT_EQ(beeps, 2);
+    // Invalid UTF-8 cannot be fixed: nothing goes in, the beep still sounds.
+    int position = 0;
+    gtk_editable_insert_text(GTK_EDITABLE(w.entry), "\xff\xfe", 2, &position);
+    EXPECT_EQ(w.text(), "Kr\xc3\xa4k y bz");
+    EXPECT_EQ(beeps, 3);
+
+    // Latin-1 in and out, stripped, with runs of white space kept or compacted.
+    for (GtkWidget *entry : {w.entry, w.compact})
+        ov_spacifying_entry_set_text(OV_SPACIFYING_ENTRY(entry), " \t\xc5ke \t Jar\n");
+    EXPECT_EQ(w.text(), "\xc3\x85ke   Jar");
+    EXPECT_STREQ(gtk_entry_get_text(GTK_ENTRY(w.compact)), "\xc3\x85ke Jar");
+    gtk_entry_set_text(GTK_ENTRY(w.compact), "  two   words  ");
+    EXPECT_STREQ(ov::GStr(ov_spacifying_entry_get_text(OV_SPACIFYING_ENTRY(w.compact))).get(), "two words");
+    EXPECT_STREQ(ov::GStr(ov_spacifying_entry_get_text(OV_SPACIFYING_ENTRY(w.entry))).get(), "\xc5ke   Jar");
+}
+
+TEST(SpacifyingTextView, PastedLinesKeepLineFeedsAndTabKeysMoveTheFocus)
+{
+    EntryWindow w;
+    paste_text(w.view, "first\nsecond\tline");
+    EXPECT_EQ(beeps, 1);
+    paste_text(w.view, "\nthird");
+    EXPECT_EQ(beeps, 1);
+    // A dropped or committed text keeps its carriage return, which becomes a space.
+    gtk_text_buffer_insert_interactive_at_cursor(gtk_text_view_get_buffer(GTK_TEXT_VIEW(w.view)),
+                                                 "\r\nfourth", -1, TRUE);
+    EXPECT_EQ(w.view_text(), "first\nsecond line\nthird \nfourth");
+    EXPECT_EQ(beeps, 2);
+
+    ov_spacifying_text_view_set_text(OV_SPACIFYING_TEXT_VIEW(w.view), "\n  Cr\xe4\tck\nlines \n");
+    EXPECT_EQ(w.view_text(), "Cr\xc3\xa4 ck\nlines");
+    EXPECT_STREQ(ov::GStr(ov_spacifying_text_view_get_text(OV_SPACIFYING_TEXT_VIEW(w.view))).get(),
+                 "Cr\xe4 ck\nlines");
+    // Tab keys move the focus instead of inserting.
+    for (auto [key, mods] :
+         {std::pair(GDK_KEY_Tab, GdkModifierType(0)), {GDK_KEY_ISO_Left_Tab, GDK_SHIFT_MASK}}) {
+        gtk_widget_grab_focus(w.view);
+        press_key(w.view, key, mods);
+        EXPECT_FALSE(gtk_widget_is_focus(w.view));
+    }
+    EXPECT_EQ(w.view_text(), "Cr\xc3\xa4 ck\nlines");
 }

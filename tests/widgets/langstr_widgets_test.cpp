@@ -1,426 +1,482 @@
-// Multilingual labels, displays and status symbols, and spell checking.
-#include "support/gui_driver.h"
-#include "support/test_support.h"
+// Multilingual labels, displays, status symbols, spell checking and the
+// langstr editor, window and entry, driven as a user would.
+#include "widgets/widget_test_util.h"
 
-#include "core/raii.h"
-#include "lang/active_locale.h"
-#include "lang/event_bus.h"
+#include "core/error.h"
+#include "frame/window_stack.h"
+#include "widgets/active_locale_picker.h"
+#include "widgets/dropdown_panel.h"
 #include "widgets/gfx_text.h"
 #include "widgets/langstr_display.h"
+#include "widgets/langstr_editor.h"
+#include "widgets/langstr_entry.h"
 #include "widgets/langstr_label.h"
 #include "widgets/langstr_status_icon.h"
 #include "widgets/langstr_status_icon_symbol.h"
+#include "widgets/langstr_window.h"
 #include "widgets/spell_check.h"
+#include "widgets/translation_entry.h"
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
-namespace {
+using namespace ov::test;
 
-using Translations = std::initializer_list<std::pair<const char *, const char *>>;
-
-langstr *make_ls(Translations translations)
+namespace
 {
-    langstr *ls = nullptr;
-    for (const auto &[tag, text] : translations)
-        ov_langstr_set_translation(&ls, ov_locale_get_by_tag(tag), text);
-    return ls;
-}
 
-struct LangstrPtr {
-    langstr *ls;
-    explicit LangstrPtr(Translations t) : ls(make_ls(t)) {}
-    ~LangstrPtr() { ov_langstr_free(ls); }
-    operator const langstr *() const { return ls; }
+constexpr const char *title = "Enter multilingual text";
+
+// UK English active, the window stack ready and the error buffer empty.
+struct Langstr : ErrorCleared {
+    LocaleState keep_;
+    void SetUp() override { ErrorCleared::SetUp(); set_active("en-uk"); ov_window_stack_init(); }
+    void TearDown() override { ov_window_stack_clean_up(); flush_events(); ErrorCleared::TearDown(); }
 };
 
-void set_active(const char *tag)
+// Runs of equally tagged text: "[header]Danish:\n[inset]Farve"; an anchored child is "<child>".
+std::string tagged_runs(GtkWidget *display)
 {
-    ov_ovinternal_set_active_locale(ov_locale_get_by_tag(tag));
-}
-
-// Every test starts with UK English active and a shown window holding a box.
-class LangstrWidgets : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        saved_ = ov_ovinternal_get_active_locale();
-        set_active("en-uk");
-        window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-        box_ = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-        gtk_container_add(GTK_CONTAINER(window_), box_);
-        gtk_widget_show(box_);
-    }
-    void TearDown() override
-    {
-        gtk_widget_destroy(window_);
-        ov::test::flush_events();
-        if (saved_ != nullptr)
-            ov_ovinternal_set_active_locale(saved_);
-    }
-    GtkWidget *pack(GtkWidget *widget)
-    {
-        gtk_box_pack_start(GTK_BOX(box_), widget, FALSE, FALSE, 0);
-        gtk_widget_show(widget);
-        return widget;
-    }
-    void show() { ov::test::show_and_wait(window_); }
-
-    const OvLocale *saved_ = nullptr;
-    GtkWidget *window_ = nullptr;
-    GtkWidget *box_ = nullptr;
-};
-
-// The colour of one pixel as "r g b a" (0-255, premultiplied as stored).
-std::string pixel(cairo_surface_t *surface, int x, int y)
-{
-    cairo_surface_flush(surface);
-    const unsigned char *data = cairo_image_surface_get_data(surface);
-    guint32 value = *reinterpret_cast<const guint32 *>(data + y * cairo_image_surface_get_stride(surface) + x * 4);
-    return std::to_string((value >> 16) & 0xff) + " " + std::to_string((value >> 8) & 0xff) + " " +
-           std::to_string(value & 0xff) + " " + std::to_string(value >> 24);
-}
-
-std::string draw_symbol(const langstr *ls, double opacity, std::initializer_list<std::pair<int, int>> points)
-{
-    cairo_surface_t *surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 20, 12);
-    cairo_t *cr = cairo_create(surface);
-    ov_gfx_text_draw_langstr_status_icon(cr, 3, 2, ls, opacity);
-    cairo_destroy(cr);
-    std::string result;
-    for (auto [x, y] : points)
-        result += (result.empty() ? "" : "|") + pixel(surface, x, y);
-    cairo_surface_destroy(surface);
-    return result;
-}
-
-constexpr const char *yellow = "238 238 0 255";
-constexpr const char *grey = "221 221 221 255";
-constexpr const char *clear = "0 0 0 0";
-
-TEST_F(LangstrWidgets, StatusSymbolShowsCountAndActiveLanguage)
-{
-    LangstrPtr none({});
-    LangstrPtr one_swedish({{"sv", "Hus"}});
-    LangstrPtr one_english({{"en-us", "House"}});
-    LangstrPtr two({{"sv", "Hus"}, {"en-uk", "House"}});
-    // Frame corners (3,2) (15,9), inside the first square (5,4), inside the
-    // second (10,4), the gap between them (9,4), outside (2,2) and (16,9).
-    auto points = {std::pair(3, 2), std::pair(15, 9), std::pair(5, 4), std::pair(10, 4), std::pair(9, 4),
-                   std::pair(2, 2), std::pair(16, 9)};
-    struct Case {
-        const langstr *ls;
-        std::string expected;
-    } cases[] = {
-        {none, std::string(yellow) + "|" + yellow + "|" + clear + "|" + clear + "|" + clear + "|" + clear + "|" + clear},
-        {one_swedish, std::string(yellow) + "|" + yellow + "|" + yellow + "|" + clear + "|" + clear + "|" + clear +
-                          "|" + clear},
-        // Another English counts as the active language.
-        {one_english, std::string(grey) + "|" + grey + "|" + grey + "|" + clear + "|" + clear + "|" + clear + "|" +
-                          clear},
-        {two, std::string(grey) + "|" + grey + "|" + grey + "|" + grey + "|" + clear + "|" + clear + "|" + clear},
-    };
-    for (const Case &c : cases)
-        EXPECT_EQ(draw_symbol(c.ls, 1.0, points), c.expected);
-    // The opacity scales the colour.
-    EXPECT_EQ(draw_symbol(two, 0.5, {std::pair(3, 2)}), "110 110 110 128");
-}
-
-TEST_F(LangstrWidgets, LabelsFollowTheActiveLocaleTogether)
-{
-    LangstrPtr colour({{"en-uk", "Colour"}, {"sv", "F\xe4rg"}, {"de-de", "Farbe"}});
-    LangstrPtr house({{"sv", "Hus"}, {"en-us", "House"}});
-    GtkWidget *a = pack(ov_langstr_label_new(colour));
-    GtkWidget *b = pack(ov_langstr_label_new(house));
-    GtkWidget *empty = pack(ov_langstr_label_new(nullptr));
-    auto texts = [&] {
-        return std::string(gtk_label_get_text(GTK_LABEL(a))) + "|" + gtk_label_get_text(GTK_LABEL(b)) + "|" +
-               gtk_label_get_text(GTK_LABEL(empty));
-    };
-    EXPECT_EQ(texts(), "Colour|House|");
-    set_active("sv");
-    EXPECT_EQ(texts(), "F\xc3\xa4rg|Hus|");
-    set_active("de-de");
-    EXPECT_EQ(texts(), "Farbe|House|");
-
-    // New content is cloned and shown at once.
-    LangstrPtr tree({{"de-de", "Baum"}});
-    ov_langstr_label_set_content(OV_LANGSTR_LABEL(b), tree);
-    ov_langstr_free(tree.ls);
-    tree.ls = nullptr;
-    EXPECT_EQ(texts(), "Farbe|Baum|");
-    EXPECT_STREQ(ov_langstr_get_text(ov_langstr_label_get_content(OV_LANGSTR_LABEL(b)), nullptr), "Baum");
-}
-
-TEST_F(LangstrWidgets, DestroyedWidgetsLeaveTheEventBus)
-{
-    LangstrPtr colour({{"en-uk", "Colour"}, {"sv", "F\xe4rg"}});
-    GtkWidget *label = pack(ov_langstr_label_new(colour));
-    GtkWidget *symbol = pack(ov_langstr_status_icon_symbol_new(colour));
-    GtkWidget *display = pack(ov_langstr_display_new(1, 200, 50));
-    int finalized = 0;
-    for (GtkWidget *w : {label, symbol, display})
-        g_object_weak_ref(G_OBJECT(w), [](gpointer count, GObject *) { ++*static_cast<int *>(count); }, &finalized);
-    gtk_widget_destroy(label);
-    gtk_widget_destroy(symbol);
-    gtk_widget_destroy(display);
-    ov::test::flush_events();
-    EXPECT_EQ(finalized, 3);
-    // A handler left behind would touch freed widgets here.
-    set_active("sv");
-    set_active("en-uk");
-}
-
-std::string buffer_text(GtkTextView *view)
-{
-    GtkTextBuffer *buffer = gtk_text_view_get_buffer(view);
-    GtkTextIter start, end;
-    gtk_text_buffer_get_bounds(buffer, &start, &end);
-    ov::GStr text(gtk_text_buffer_get_slice(buffer, &start, &end, TRUE));
-    return text.get();
-}
-
-// The buffer as runs of equally tagged text: "[header]Danish:\n" etc.
-std::string tagged_runs(GtkTextView *view)
-{
-    GtkTextBuffer *buffer = gtk_text_view_get_buffer(view);
     GtkTextIter it;
-    gtk_text_buffer_get_start_iter(buffer, &it);
-    std::string result;
-    std::string current_tags = "?";
-    while (!gtk_text_iter_is_end(&it)) {
-        std::string tags;
-        GSList *list = gtk_text_iter_get_tags(&it);
-        for (GSList *l = list; l != nullptr; l = l->next) {
-            char *name = nullptr;
-            g_object_get(l->data, "name", &name, nullptr);
-            tags += std::string(tags.empty() ? "" : ",") + name;
-            g_free(name);
-        }
+    gtk_text_buffer_get_start_iter(
+        gtk_text_view_get_buffer(ov_langstr_display_get_text_view(OV_LANGSTR_DISPLAY(display))), &it);
+    std::string result, current = "?";
+    for (; !gtk_text_iter_is_end(&it); gtk_text_iter_forward_char(&it)) {
+        GSList *list = gtk_text_iter_get_tags(&it); // at most one here
+        char *name = nullptr;
+        if (list != nullptr)
+            g_object_get(list->data, "name", &name, nullptr);
         g_slist_free(list);
-        if (tags != current_tags) {
-            result += "[" + tags + "]";
-            current_tags = tags;
-        }
-        gunichar c = gtk_text_iter_get_char(&it);
+        std::string tags = name != nullptr ? name : "";
+        g_free(name);
+        if (tags != current)
+            result += "[" + (current = tags) + "]";
         char utf8[8] = {};
-        g_unichar_to_utf8(c, utf8);
-        result += c == 0xFFFC ? "<child>" : utf8;
-        gtk_text_iter_forward_char(&it);
+        g_unichar_to_utf8(gtk_text_iter_get_char(&it), utf8);
+        result += gtk_text_iter_get_char(&it) == 0xFFFC ? "<child>" : utf8;
     }
     return result;
 }
 
-TEST_F(LangstrWidgets, DisplayListsEveryTranslationInModeZero)
+// The symbol's colour at each point: Y yellow, G grey, . clear, else its ARGB in hex.
+std::string draw_symbol(const langstr *ls, double opacity)
 {
-    GtkWidget *display = pack(ov_langstr_display_new(0, 500, 140));
-    GtkTextView *view = ov_langstr_display_get_text_view(OV_LANGSTR_DISPLAY(display));
-    int width = 0, height = 0;
-    gtk_widget_get_size_request(display, &width, &height);
-    EXPECT_EQ(width, 500);
-    EXPECT_EQ(height, 140);
-    EXPECT_FALSE(gtk_text_view_get_editable(view));
-
-    EXPECT_EQ(tagged_runs(view), "[message]Empty");
-    LangstrPtr colour({{"sv", "F\xe4rg"}, {"en-uk", "Colour"}});
-    ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), colour);
-    EXPECT_EQ(tagged_runs(view), "[header]Swedish (Sweden):\n[inset]F\xc3\xa4rg[]\n\n"
-                                 "[header]English (United Kingdom):\n[inset]Colour");
-    // Chain order stays whatever the active locale.
-    set_active("sv");
-    EXPECT_EQ(buffer_text(view), "Swedish (Sweden):\nF\xc3\xa4rg\n\nEnglish (United Kingdom):\nColour");
-    ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), nullptr);
-    EXPECT_EQ(tagged_runs(view), "[message]Empty");
-
-    // The tags' looks.
-    GtkTextTagTable *table = gtk_text_buffer_get_tag_table(gtk_text_view_get_buffer(view));
-    int pixels_below = 0, weight = 0, left_margin = 0;
-    PangoStyle style = PANGO_STYLE_NORMAL;
-    GdkRGBA *foreground = nullptr;
-    g_object_get(gtk_text_tag_table_lookup(table, "header"), "pixels-below-lines", &pixels_below, "weight", &weight,
-                 nullptr);
-    g_object_get(gtk_text_tag_table_lookup(table, "inset"), "left-margin", &left_margin, nullptr);
-    g_object_get(gtk_text_tag_table_lookup(table, "message"), "style", &style, "foreground-rgba", &foreground,
-                 nullptr);
-    EXPECT_EQ(pixels_below, 4);
-    EXPECT_EQ(weight, 700);
-    EXPECT_EQ(left_margin, 24);
-    EXPECT_EQ(style, PANGO_STYLE_ITALIC);
-    ov::GStr colour_text(gdk_rgba_to_string(foreground));
-    EXPECT_STREQ(colour_text.get(), "rgb(170,170,170)");
-    gdk_rgba_free(foreground);
-}
-
-TEST_F(LangstrWidgets, DisplayShowsTheActiveTextWithStatusIconInModeOne)
-{
-    GtkWidget *display = pack(ov_langstr_display_new(1, 300, 60));
-    GtkTextView *view = ov_langstr_display_get_text_view(OV_LANGSTR_DISPLAY(display));
-    LangstrPtr colour({{"sv", "F\xe4rg"}, {"en-uk", "Colour"}});
-    ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), colour);
-    EXPECT_EQ(tagged_runs(view), "[]Colour  <child>");
-    set_active("sv");
-    EXPECT_EQ(tagged_runs(view), "[]F\xc3\xa4rg  <child>");
-    set_active("de-de"); // falls back to UK English
-    EXPECT_EQ(tagged_runs(view), "[]Colour  <child>");
-
-    // The anchored child is a status icon showing the same string.
-    GtkTextIter it;
-    gtk_text_buffer_get_end_iter(gtk_text_view_get_buffer(view), &it);
-    gtk_text_iter_backward_char(&it);
-    GtkTextChildAnchor *anchor = gtk_text_iter_get_child_anchor(&it);
-    ASSERT_NE(anchor, nullptr);
-    GList *children = gtk_text_child_anchor_get_widgets(anchor);
-    ASSERT_EQ(g_list_length(children), 1u);
-    ASSERT_TRUE(OV_IS_LANGSTR_STATUS_ICON(children->data));
-    GtkWidget *symbol = ov_langstr_status_icon_get_symbol(OV_LANGSTR_STATUS_ICON(children->data));
-    g_list_free(children);
-    EXPECT_TRUE(ov_langstr_is_identical(
-        ov_langstr_status_icon_symbol_get_content(OV_LANGSTR_STATUS_ICON_SYMBOL(symbol)), colour));
-
-    ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), nullptr);
-    EXPECT_EQ(tagged_runs(view), "[]  <child>");
-}
-
-TEST_F(LangstrWidgets, SymbolOpacityFollowsTheForegroundBrightness)
-{
-    struct Case {
-        GdkRGBA colour;
-        double opacity;
-    } cases[] = {
-        {{0, 0, 0, 1}, 1.0},
-        {{1, 1, 1, 1}, 0.0},
-        {{1, 0, 0, 1}, 0.701},
-        {{0, 1, 0, 1}, 0.413},
-        {{0, 0, 1, 1}, 0.886},
-        {{0.5, 0.5, 0.5, 1}, 0.5},
-    };
-    for (const Case &c : cases)
-        EXPECT_NEAR(ov_langstr_status_icon_symbol_opacity_for(&c.colour), c.opacity, 1e-9);
-}
-
-TEST_F(LangstrWidgets, StatusIconKeepsItsSymbolCentred)
-{
-    LangstrPtr colour({{"en-uk", "Colour"}});
-    GtkWidget *icon = ov_langstr_status_icon_new(colour);
-    GtkWidget *symbol = ov_langstr_status_icon_get_symbol(OV_LANGSTR_STATUS_ICON(icon));
-    gtk_widget_show(icon);
-    int minimum = 0, natural = 0;
-    gtk_widget_get_preferred_width(symbol, &minimum, &natural);
-    EXPECT_EQ(minimum, 13);
-    EXPECT_EQ(natural, 13);
-    gtk_widget_get_preferred_height(icon, &minimum, &natural);
-    EXPECT_EQ(minimum, 8);
-    EXPECT_EQ(natural, 8);
-
-    // In a row of 31 pixels the symbol moves down to (31 - 8) / 2 = 11.
-    GtkWidget *row = pack(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0));
-    GtkWidget *tall = gtk_label_new(nullptr);
-    gtk_widget_set_size_request(tall, 10, 31);
-    gtk_box_pack_start(GTK_BOX(row), tall, FALSE, FALSE, 0);
-    gtk_box_pack_start(GTK_BOX(row), icon, FALSE, FALSE, 0);
-    gtk_widget_show_all(row);
-    show();
-    ov::test::wait_ms(50);
-    int y = -1;
-    gtk_container_child_get(GTK_CONTAINER(icon), symbol, "y", &y, nullptr);
-    EXPECT_EQ(gtk_widget_get_allocated_height(icon), 31);
-    EXPECT_EQ(y, 11);
-
-    // Sensitive: the default cursor; insensitive: the parent's.
-    GdkWindow *window = gtk_widget_get_window(symbol);
-    ASSERT_NE(window, nullptr);
-    ASSERT_NE(gdk_window_get_cursor(window), nullptr);
-    EXPECT_EQ(gdk_cursor_get_cursor_type(gdk_window_get_cursor(window)), GDK_CURSOR_IS_PIXMAP);
-    gtk_widget_set_sensitive(icon, FALSE);
-    EXPECT_EQ(gdk_window_get_cursor(window), nullptr);
-    gtk_widget_set_sensitive(icon, TRUE);
-    EXPECT_NE(gdk_window_get_cursor(window), nullptr);
-
-    // Updating reaches the symbol, which keeps its own clone.
-    LangstrPtr other({{"sv", "Hus"}});
-    ov_langstr_status_icon_update(OV_LANGSTR_STATUS_ICON(icon), other);
-    EXPECT_TRUE(ov_langstr_is_identical(
-        ov_langstr_status_icon_symbol_get_content(OV_LANGSTR_STATUS_ICON_SYMBOL(symbol)), other));
-}
-
-TEST_F(LangstrWidgets, StatusIconDestroyedWithPendingCentring)
-{
-    GtkWidget *icon = pack(ov_langstr_status_icon_new(nullptr));
-    show();
-    gtk_widget_queue_resize(icon);
-    GdkRectangle allocation = {0, 0, 20, 20};
-    gtk_widget_size_allocate(icon, &allocation); // schedules the centring
-    gtk_widget_destroy(icon);
-    ov::test::wait_ms(30); // a source left behind would touch the freed icon
-}
-
-// A locale tag, the dictionary's gspell code (or "" for none).
-struct SpellCase {
-    const char *tag;
-    const char *code;
-};
-
-constexpr SpellCase spell_cases[] = {
-    {"en-uk", "en_GB"}, {"en-us", "en_US"}, {"sv", "sv_SE"}, {"de-de", "de_DE"}, {"fr-fr", "fr"},
-    {"es-mx", "es_ES"}, {"da", "da_DK"},    {"nl", "nl_NL"}, {"fr-be", ""},      {"", ""},
-};
-
-TEST_F(LangstrWidgets, SpellCheckingFollowsTheLocale)
-{
-    GtkWidget *entry = pack(gtk_entry_new());
-    GtkWidget *view = pack(gtk_text_view_new());
-    ov_spell_check_set_up_entry(GTK_ENTRY(entry));
-    ov_spell_check_set_up_text_view(GTK_TEXT_VIEW(view));
-    GspellEntry *spell_entry = gspell_entry_get_from_gtk_entry(GTK_ENTRY(entry));
-    GspellTextView *spell_view = gspell_text_view_get_from_gtk_text_view(GTK_TEXT_VIEW(view));
-    EXPECT_FALSE(gspell_text_view_get_enable_language_menu(spell_view));
-    for (const SpellCase &c : spell_cases) {
-        SCOPED_TRACE(c.tag);
-        const OvLocale *locale = ov_locale_get_by_tag(c.tag);
-        bool exists = *c.code != '\0';
-        const GspellLanguage *language = ov_spell_check_get_language(locale);
-        EXPECT_STREQ(language != nullptr ? gspell_language_get_code(language) : "", c.code);
-        EXPECT_EQ(bool(ov_spell_check_apply_locale_to_entry(GTK_ENTRY(entry), locale)), exists);
-        EXPECT_EQ(bool(gspell_entry_get_inline_spell_checking(spell_entry)), exists);
-        EXPECT_EQ(bool(ov_spell_check_apply_locale_to_text_view(GTK_TEXT_VIEW(view), locale)), exists);
-        EXPECT_EQ(bool(gspell_text_view_get_inline_spell_checking(spell_view)), exists);
-        if (exists) {
-            for (GspellChecker *checker : {ov_spell_check_get_entry_checker(GTK_ENTRY(entry)),
-                                           ov_spell_check_get_text_view_checker(GTK_TEXT_VIEW(view))})
-                EXPECT_STREQ(gspell_language_get_code(gspell_checker_get_language(checker)), c.code);
-        }
-    }
-}
-
-// Whether gspell's checker of the entry accepts each word.
-std::string accepted(GspellChecker *checker, std::initializer_list<const char *> words)
-{
+    ov::CairoSurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 20, 12));
+    ov_gfx_text_draw_langstr_status_icon(ov::CairoPtr(cairo_create(surface.get())).get(), 3, 2, ls, opacity);
+    cairo_surface_flush(surface.get());
+    const unsigned char *data = cairo_image_surface_get_data(surface.get());
     std::string result;
-    for (const char *word : words) {
-        ov::GErrorPtr error;
-        gboolean ok = gspell_checker_check_word(checker, word, -1, ov::out(error));
-        EXPECT_FALSE(error) << word;
-        result += std::string(result.empty() ? "" : " ") + (ok ? "+" : "-") + word;
+    // Frame corners, inside the first and second squares, the gap, outside.
+    for (auto [x, y] : {std::pair(3, 2), {15, 9}, {5, 4}, {10, 4}, {9, 4}, {2, 2}, {16, 9}}) {
+        guint32 v = *reinterpret_cast<const guint32 *>(
+            data + y * cairo_image_surface_get_stride(surface.get()) + x * 4);
+        const char *known = v == 0xffeeee00 ? "Y" : v == 0xffdddddd ? "G" : v == 0 ? "." : nullptr;
+        result += known != nullptr ? known : ov::GStr(g_strdup_printf("%08x", v)).get();
     }
     return result;
 }
 
-TEST_F(LangstrWidgets, RealDictionariesFlagMisspeltWords)
+// The display in the dropdown panel on screen, or null.
+GtkWidget *dropdown_display()
 {
-    GtkWidget *entry = pack(gtk_entry_new());
-    ov_spell_check_set_up_entry(GTK_ENTRY(entry));
-    GspellChecker *checker = ov_spell_check_get_entry_checker(GTK_ENTRY(entry));
-    ASSERT_NE(checker, nullptr);
-    ov_spell_check_apply_locale_to_entry(GTK_ENTRY(entry), ov_locale_get_by_tag("en-uk"));
-    EXPECT_EQ(accepted(checker, {"colour", "recieve", "scratched", "scrached"}),
-              "+colour -recieve +scratched -scrached");
-    ov_spell_check_apply_locale_to_entry(GTK_ENTRY(entry), ov_locale_get_by_tag("sv"));
-    EXPECT_EQ(accepted(checker, {"f\xc3\xa4rg", "repa", "colour"}), "+f\xc3\xa4rg +repa -colour");
-    ov_spell_check_apply_locale_to_entry(GTK_ENTRY(entry), ov_locale_get_by_tag("de-de"));
-    EXPECT_EQ(accepted(checker, {"Kratzer", "Kratzr"}), "+Kratzer -Kratzr");
+    GList *all = gtk_window_list_toplevels();
+    GtkWidget *found = nullptr;
+    for (GList *l = all; l != nullptr; l = l->next)
+        if (OV_IS_DROPDOWN_PANEL(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)))
+            found = find_widget(GTK_WIDGET(l->data), [](GtkWidget *d) { return OV_IS_LANGSTR_DISPLAY(d); });
+    g_list_free(all);
+    return found;
 }
 
 } // namespace
+
+TEST_F(Langstr, StatusSymbolShowsCountAndActiveLanguage)
+{
+    const struct {
+        const char *ls, *expected;
+    } cases[] = {{"", "YY....."}, {"sv=Hus", "YYY...."}, {"en-us=House", "GGG...."},
+                 {"sv=Hus en-uk=House", "GGGG..."}};
+    for (const auto &c : cases)
+        EXPECT_EQ(draw_symbol(langstr_of(c.ls).get(), 1.0), c.expected) << c.ls;
+    EXPECT_EQ(draw_symbol(langstr_of("en-uk=House").get(), 0.5).substr(0, 8), "806e6e6e");
+
+    const struct {
+        GdkRGBA colour;
+        double opacity;
+    } opacities[] = {{{0, 0, 0, 1}, 1.0},   {{1, 1, 1, 1}, 0.0},   {{1, 0, 0, 1}, 0.701},
+                     {{0, 1, 0, 1}, 0.413}, {{0, 0, 1, 1}, 0.886}, {{0.5, 0.5, 0.5, 1}, 0.5}};
+    for (const auto &c : opacities)
+        EXPECT_NEAR(ov_langstr_status_icon_symbol_opacity_for(&c.colour), c.opacity, 1e-9);
+}
+
+TEST_F(Langstr, SwitchingTheActiveLocaleRelabelsEveryWidgetAtOnce)
+{
+    LangstrPtr ls = langstr_of("en-uk=Colour sv=F\xe4rg de-de=Farbe");
+    TestWindow w;
+    GtkWidget *label = w.pack(ov_langstr_label_new(ls.get())), *empty = w.pack(ov_langstr_label_new(nullptr));
+    GtkWidget *entry = w.pack(ov_langstr_entry_new()), *display = w.pack(ov_langstr_display_new(1, 300, 60));
+    GtkWidget *pickers[] = {w.pack(ov_active_locale_picker_new()), w.pack(ov_active_locale_picker_new())};
+    ov_langstr_entry_set_value(OV_LANGSTR_ENTRY(entry), langstr_of("sv=Hus en-us=House").get(), nullptr);
+    ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), ls.get());
+    w.show();
+    auto texts = [&] {
+        std::string text;
+        for (GtkWidget *l : {label, empty, ov_langstr_entry_get_label(OV_LANGSTR_ENTRY(entry))})
+            text += gtk_label_get_text(GTK_LABEL(l)) + std::string("|");
+        for (GtkWidget *picker : pickers)
+            text += ov_locale_picker_get_label_text(OV_LOCALE_PICKER(picker)) + std::string("|");
+        return text + tagged_runs(display);
+    };
+    const struct {
+        const char *tag, *expected;
+    } cases[] = {{"sv", "F\xc3\xa4rg||Hus|Swedish (Sweden)|Swedish (Sweden)|[]F\xc3\xa4rg  <child>"},
+                 {"de-de", "Farbe||House|German (Germany)|German (Germany)|[]Farbe  <child>"},
+                 {"da", "Colour||House|Danish|Danish|[]Colour  <child>"}};
+    for (const auto &c : cases) {
+        set_active(c.tag);
+        EXPECT_EQ(texts(), c.expected);
+    }
+    // Picking in one active locale picker switches them all.
+    Script script;
+    script.when_menu([] { activate_menu_item("Swedish/Sweden"); });
+    click(pickers[0]);
+    EXPECT_EQ(texts(), cases[0].expected);
+
+    // Destroyed widgets leave the event bus: a handler left behind would touch freed widgets.
+    int finalized = 0;
+    for (GtkWidget *widget : {label, entry, display, pickers[1]}) {
+        g_object_weak_ref(
+            G_OBJECT(widget), [](gpointer count, GObject *) { ++*static_cast<int *>(count); }, &finalized);
+        gtk_widget_destroy(widget);
+    }
+    flush_events();
+    EXPECT_EQ(finalized, 4);
+    set_active("en-uk");
+    EXPECT_STREQ(ov_locale_picker_get_label_text(OV_LOCALE_PICKER(pickers[0])), "English (United Kingdom)");
+}
+
+TEST_F(Langstr, StatusIconKeepsItsSymbolCentredAndShowsTheDropdown)
+{
+    TestWindow w;
+    GtkWidget *icon = w.pack(ov_langstr_status_icon_new(langstr_of("en-uk=Colour sv=F\xe4rg").get()));
+    gtk_widget_set_size_request(icon, -1, 31);
+    ov_window_stack_push_window(GTK_WINDOW(w.window), OV_WINDOW_STACK_POSITION_CENTER);
+    w.show();
+    wait_ms(50);
+    GtkWidget *symbol = ov_langstr_status_icon_get_symbol(OV_LANGSTR_STATUS_ICON(icon));
+    int y = -1;
+    gtk_container_child_get(GTK_CONTAINER(icon), symbol, "y", &y, nullptr);
+    EXPECT_EQ(y, (31 - 8) / 2);
+    std::string shown;
+    set_active("sv"); // the dropdown keeps the chain order
+    Script script;
+    script.then([&] { click(symbol); });
+    script.when([&] { return dropdown_display() != nullptr; },
+                [&] {
+                    shown = tagged_runs(dropdown_display());
+                    click(w.box);
+                });
+    while (!script.done())
+        wait_ms(20);
+    EXPECT_EQ(dropdown_display(), nullptr);
+    EXPECT_EQ(shown, "[header]English (United Kingdom):\n[inset]Colour[]\n\n"
+                     "[header]Swedish (Sweden):\n[inset]F\xc3\xa4rg");
+    ov_window_stack_pop_window();
+
+    // Destroyed with the centring pending: a source left behind would touch the freed icon.
+    gtk_widget_queue_resize(icon);
+    GdkRectangle allocation = {0, 0, 20, 20};
+    gtk_widget_size_allocate(icon, &allocation);
+    gtk_widget_destroy(icon);
+    wait_ms(30);
+}
+
+TEST_F(Langstr, SpellCheckingFollowsTheLocaleWithRealDictionaries)
+{
+    const struct {
+        const char *tag, *code, *words; // code "": no dictionary; words "+accepted -rejected"
+    } cases[] = {{"en-uk", "en_GB", "+colour +scratched -recieve -scrached"},
+                 {"en-us", "en_US", "+color -scrached"}, {"sv", "sv_SE", "+f\xc3\xa4rg +repa -colour"},
+                 {"de-de", "de_DE", "+Kratzer -Kratzr"},
+                 {"fr-fr", "fr", ""}, {"es-mx", "es_ES", ""}, {"da", "da_DK", ""}, {"nl", "nl_NL", ""},
+                 {"fr-be", "", ""}, {"", "", ""}};
+    TestWindow w;
+    auto *entry = GTK_ENTRY(w.pack(gtk_entry_new()));
+    auto *view = GTK_TEXT_VIEW(w.pack(gtk_text_view_new()));
+    ov_spell_check_set_up_entry(entry);
+    ov_spell_check_set_up_text_view(view);
+    GspellChecker *checker = ov_spell_check_get_entry_checker(entry);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.tag);
+        const OvLocale *l = ov_locale_get_by_tag(c.tag);
+        const bool exists = *c.code != '\0';
+        const GspellLanguage *language = ov_spell_check_get_language(l);
+        EXPECT_STREQ(language != nullptr ? gspell_language_get_code(language) : "", c.code);
+        EXPECT_EQ(bool(ov_spell_check_apply_locale_to_entry(entry, l)), exists);
+        EXPECT_EQ(bool(gspell_entry_get_inline_spell_checking(gspell_entry_get_from_gtk_entry(entry))),
+                  exists);
+        EXPECT_EQ(bool(ov_spell_check_apply_locale_to_text_view(view, l)), exists);
+        std::istringstream words(c.words);
+        for (std::string word; words >> word;)
+            EXPECT_EQ(gspell_checker_check_word(checker, word.c_str() + 1, -1, nullptr), word[0] == '+')
+                << word;
+    }
+}
+
+namespace
+{
+
+std::vector<OvTranslationEntry *> entries_of(OvLangstrEditor *editor)
+{
+    std::vector<OvTranslationEntry *> result;
+    GList *entries = ov_langstr_editor_get_entries(editor);
+    for (GList *l = entries; l != nullptr; l = l->next)
+        result.push_back(OV_TRANSLATION_ENTRY(l->data));
+    g_list_free(entries);
+    return result;
+}
+
+// Each entry as "tag=text", with "#" after a locked text and "@" after a locked locale.
+std::string describe_entries(OvLangstrEditor *editor)
+{
+    std::string result;
+    for (OvTranslationEntry *entry : entries_of(editor)) {
+        ov::GStr text(ov_translation_entry_get_text(entry));
+        result += (result.empty() ? "" : "|") + std::string(ov_translation_entry_get_locale(entry)->tag) +
+                  "=" + text.get() + (ov_translation_entry_is_text_locked(entry) ? "#" : "") +
+                  (gtk_widget_get_sensitive(ov_translation_entry_get_picker(entry)) ? "" : "@");
+    }
+    return result;
+}
+
+OvLangstrEditor *editor()
+{
+    return OV_LANGSTR_EDITOR(
+        find_widget(GTK_WIDGET(top_window()), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
+}
+
+GtkWidget *field(guint n)
+{
+    return ov_translation_entry_get_text_widget(entries_of(editor()).at(n));
+}
+
+// The texts of the message box on top, then closes it.
+std::string take_message()
+{
+    std::string texts = label_texts(GTK_WIDGET(top_window()));
+    click_button("_Close");
+    return texts;
+}
+
+// The langstr window on top with that many entries, no menu open and every
+// toggle button (pickers, "Add translation") released.
+Script::Condition window_with_entries(std::size_t count)
+{
+    return [count] {
+        return window_shown(title) && !menu_shown() && entries_of(editor()).size() == count &&
+               find_widget(GTK_WIDGET(editor()), [](GtkWidget *w) {
+                   return GTK_IS_TOGGLE_BUTTON(w) && gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(w));
+               }) == nullptr;
+    };
+}
+
+gboolean run_window(LangstrPtr &value, int state = 0, gboolean allow_empty = FALSE,
+                    const char *window_title = nullptr, const char *label = nullptr,
+                    const char *note = nullptr, const char *ok = nullptr)
+{
+    langstr *ls = value.release();
+    gboolean ok_pressed =
+        ov_langstr_window_run(0, &ls, nullptr, nullptr, state, allow_empty, window_title, label, note, ok);
+    value.reset(ls);
+    return ok_pressed;
+}
+
+} // namespace
+
+TEST_F(Langstr, WindowRefusesEmptyTextUnlessAllowed)
+{
+    LangstrPtr value;
+    std::string message, labels;
+    Script script;
+    script.when_window(title, [&] {
+        labels = label_texts(GTK_WIDGET(top_window()));
+        EXPECT_EQ(gtk_window_get_focus(top_window()), field(0));
+        click_button("OK");
+    });
+    script.when_window("Error", [&] { message = take_message(); });
+    script.when_window(title, [&] {
+        type_text(field(0), "Colour");
+        click_button("OK");
+    });
+    EXPECT_TRUE(run_window(value));
+    EXPECT_NE(labels.find("Text: (Required)"), std::string::npos) << labels;
+    EXPECT_NE(message.find("You haven't entered anything."), std::string::npos) << message;
+    EXPECT_EQ(describe(value.get()), "en-uk=Colour");
+
+    Script allowed;
+    allowed.when_window("Name it", [&] {
+        labels = label_texts(GTK_WIDGET(top_window()));
+        ov_langstr_editor_clear(editor());
+        click_button("Rename");
+    });
+    EXPECT_TRUE(run_window(value, 0, TRUE, "Name it", "Report type", nullptr, "Rename"));
+    EXPECT_NE(labels.find("Report type:"), std::string::npos) << labels;
+    EXPECT_EQ(labels.find("Required"), std::string::npos) << labels;
+    EXPECT_EQ(value, nullptr);
+}
+
+TEST_F(Langstr, LangstrEntryOpensTheWindowThatAddsSortsAndDeletesTranslations)
+{
+    TestWindow w;
+    ov_window_stack_push_window(GTK_WINDOW(w.window), OV_WINDOW_STACK_POSITION_CENTER);
+    auto *entry = OV_LANGSTR_ENTRY(w.pack(ov_langstr_entry_new()));
+    ov_langstr_entry_set_value(entry, langstr_of("en-uk=Colour").get(), nullptr);
+    ov_langstr_entry_set_additional_locales(entry, list_of("sv de-de").get());
+    w.show();
+    int changed = 0;
+    g_signal_connect_swapped(entry, "changed", G_CALLBACK(+[](int *count) { ++*count; }), &changed);
+    std::string order, menu;
+    Script script;
+    script.then([&] { click(GTK_WIDGET(entry)); });
+    script.when_window(title, [&] { click(ov_langstr_editor_get_add_button(editor())); });
+    script.when_menu([&] {
+        menu = menu_labels(open_menu());
+        activate_menu_item("Swedish (Sweden)");
+    });
+    script.when(window_with_entries(2), [&] {
+        type_text(gtk_window_get_focus(top_window()), "F\xc3\xa4rg");
+        click(ov_langstr_editor_get_add_button(editor()));
+    });
+    script.when_menu([&] { activate_menu_item("All languages/Danish"); });
+    script.when(window_with_entries(3), [&] {
+        type_text(gtk_window_get_focus(top_window()), "Farve");
+        order = describe_entries(editor());
+        click(ov_translation_entry_get_delete_button(entries_of(editor())[1]));
+    });
+    script.when(window_with_entries(2), [&] { click_button("OK"); });
+    while (!script.done())
+        wait_ms(20);
+    EXPECT_EQ(menu, "English (United Kingdom)|German (Germany)|Swedish (Sweden)|-|All languages >");
+    EXPECT_EQ(order, "da=Farve|en-uk=Colour|sv=F\xe4rg");
+    EXPECT_EQ(changed, 1);
+    EXPECT_EQ(describe(LangstrPtr(ov_langstr_entry_get_value(entry)).get()), "da=Farve sv=F\xe4rg");
+    ov_window_stack_pop_window();
+}
+
+TEST_F(Langstr, WindowKeepsTheValueOnARepeatedLanguageCancelOrClose)
+{
+    LangstrPtr value = langstr_of("en-uk=Colour sv=F\xe4rg");
+    std::string message, order, menu, spelling;
+    auto spell_language = [] {
+        return gspell_language_get_code(
+            gspell_checker_get_language(ov_spell_check_get_entry_checker(GTK_ENTRY(field(0)))));
+    };
+    Script script;
+    script.when_window(title, [&] {
+        spelling = spell_language();
+        click(ov_translation_entry_get_picker(entries_of(editor())[0]));
+    });
+    script.when_menu([&] {
+        menu = menu_labels(open_menu());
+        activate_menu_item("All languages/Swedish/Sweden");
+    });
+    script.when(window_with_entries(2), [&] {
+        order = describe_entries(editor());
+        spelling += std::string(" ") + spell_language();
+        click_button("OK");
+    });
+    script.when_window("Error", [&] { message = take_message(); });
+    script.when_window(title, [&] { click_button("Cancel"); });
+    EXPECT_FALSE(run_window(value));
+    // Only the entry's own locale and the active one are offered first; the
+    // changed entry moves behind the other Swedish one and spell checks in Swedish.
+    EXPECT_EQ(menu, "English (United Kingdom)|-|All languages >");
+    EXPECT_EQ(order, "sv=F\xe4rg|sv=Colour");
+    EXPECT_EQ(spelling, "en_GB sv_SE");
+    EXPECT_NE(message.find("Each language may only appear once. Swedish (Sweden) appears several times."),
+              std::string::npos)
+        << message;
+
+    Script closing;
+    closing.when_window(title, [&] {
+        type_text(field(0), "X");
+        close_window(top_window());
+    });
+    EXPECT_FALSE(run_window(value));
+    EXPECT_EQ(describe(value.get()), "en-uk=Colour sv=F\xe4rg");
+
+    // Insensitive (state 1): the note shows and OK just closes.
+    std::string labels;
+    Script insensitive;
+    insensitive.when_window(title, [&] {
+        labels = label_texts(GTK_WIDGET(top_window()));
+        EXPECT_FALSE(gtk_widget_get_sensitive(GTK_WIDGET(editor())));
+        ov_langstr_editor_clear(editor());
+        click_button("OK");
+    });
+    EXPECT_TRUE(run_window(value, 1, FALSE, nullptr, nullptr, "Read only here."));
+    EXPECT_NE(labels.find("Read only here."), std::string::npos) << labels;
+    EXPECT_EQ(describe(value.get()), "en-uk=Colour sv=F\xe4rg");
+}
+
+TEST_F(Langstr, EditorMatchesLockedTextsToEntries)
+{
+    const struct {
+        const char *value, *locked, *entries;
+        bool fails;
+    } cases[] = {// A defined locked text locks text and locale, an undefined one only the text.
+                 {"en-uk=Colour sv=F\xe4rg", "sv=F\xe4rg", "en-uk=Colour|sv=F\xe4rg#@", false},
+                 {"sv=Hus", "=Hus", "en-uk=|sv=Hus#", false},
+                 {"en-uk=House =Hus", "=Hus en-uk=House", "en-uk=House#@|=Hus#", false},
+                 // A text that is not there, or a second pending undefined text.
+                 {"en-uk=Colour", "sv=F\xe4rg", "en-uk=Colour", true},
+                 {"en-uk=Colour", "en-uk=Color", "en-uk=Colour", true},
+                 {"en-uk=A sv=B", "=A =B", "en-uk=A|sv=B", true},
+                 {"en-uk=A", "=Z", "en-uk=A", true}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.value) + " / " + c.locked);
+        std::string message;
+        Script script;
+        if (c.fails)
+            script.when_window("Error", [&] { message = take_message(); });
+        TestWindow w;
+        LangstrPtr value = langstr_of(c.value), locked = langstr_of(c.locked);
+        auto *editor =
+            OV_LANGSTR_EDITOR(w.pack(ov_langstr_editor_new(0, value.get(), locked.get(), nullptr, FALSE)));
+        EXPECT_EQ(describe_entries(editor), c.entries);
+        langstr *read = nullptr;
+        EXPECT_EQ(bool(ov_langstr_editor_get_value(editor, &read)), !c.fails);
+        ov_langstr_free(read);
+        EXPECT_EQ(message.find("An error occured with the user interface.") != std::string::npos, c.fails);
+        EXPECT_STREQ(ov_error_get(), c.fails ? "An error occured with the user interface." : "");
+        EXPECT_TRUE(c.fails || ov_langstr_editor_has_locked_texts(editor));
+        ov_error_clear();
+    }
+}
+
+TEST_F(Langstr, EditorDeletesClearsAndReads)
+{
+    LangstrPtr value = langstr_of("sv=Hus =Casa"), locked = langstr_of("=Casa");
+    TestWindow w;
+    auto *editor = OV_LANGSTR_EDITOR(
+        w.pack(ov_langstr_editor_new(0, value.get(), locked.get(), list_of("da sv en-uk").get(), TRUE)));
+    int shrunk = 0;
+    g_signal_connect_swapped(editor, "shrunk", G_CALLBACK(+[](int *count) { ++*count; }), &shrunk);
+    EXPECT_EQ(describe_entries(editor), "en-uk=|sv=Hus|=Casa#");
+    EXPECT_EQ(tags_of(ov_langstr_editor_get_add_translation_locales(editor)), "da en-uk sv");
+    // An undefined text equal to a defined one is dropped when read; the out value is overwritten, not freed.
+    gtk_entry_set_text(GTK_ENTRY(ov_translation_entry_get_text_widget(entries_of(editor)[0])), "  Casa ");
+    LangstrPtr old = langstr_of("sv=old");
+    langstr *read = old.get();
+    ASSERT_TRUE(ov_langstr_editor_get_value(editor, &read));
+    EXPECT_EQ(describe(LangstrPtr(read).get()), "en-uk=Casa sv=Hus");
+    gtk_button_clicked(GTK_BUTTON(ov_translation_entry_get_delete_button(entries_of(editor)[1])));
+    EXPECT_EQ(describe_entries(editor), "en-uk=Casa|=Casa#");
+    ov_langstr_editor_clear(editor);
+    EXPECT_EQ(shrunk, 2);
+    EXPECT_EQ(describe_entries(editor), "=Casa#");
+}

@@ -1,0 +1,54 @@
+// Short forms shared by the widget tests.
+#pragma once
+
+#include "lang/lang_test_util.h"
+#include "support/gui_driver.h"
+#include "support/test_support.h"
+
+#include "core/raii.h"
+#include "lang/active_locale.h"
+#include "widgets/gui.h"
+
+#include <sstream>
+#include <string>
+
+namespace ov::test
+{
+
+// A window holding a vertical box, destroyed with the scope.
+struct TestWindow {
+    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    GtkWidget *box = ov_gui_add_vbox(GTK_CONTAINER(window), TRUE);
+    GtkWidget *pack(GtkWidget *widget, gboolean expand = FALSE)
+    {
+        return ov_gui_pack_widget(GTK_BOX(box), widget, expand);
+    }
+    void show() { show_and_wait(window); }
+    ~TestWindow() { gtk_widget_destroy(window); flush_events(); }
+};
+
+// A list from tags: "sv da".
+inline LocaleListPtr list_of(const char *tags)
+{
+    LocaleListPtr list(ov_locale_list_new());
+    std::istringstream words(tags);
+    for (std::string tag; words >> tag;)
+        ov_locale_list_add_last(list.get(), locale(tag.c_str()));
+    return list;
+}
+
+// Keeps the process-wide system and active locales as they were.
+struct LocaleState {
+    const OvLocale *system = ov_get_system_locale();
+    const OvLocale *active = ov_ovinternal_get_active_locale();
+    ~LocaleState()
+    {
+        ov_ovinternal_set_system_locale(system);
+        if (active != nullptr)
+            ov_ovinternal_set_active_locale(active);
+    }
+};
+
+inline void set_active(const char *tag) { ov_ovinternal_set_active_locale(ov_locale_get_by_tag(tag)); }
+
+} // namespace ov::test
