@@ -60,12 +60,21 @@ static void ov_locale_picker_clicked(GtkButton *button)
         return;
     auto *picker = OV_LOCALE_PICKER(button);
     OvLocalePickerPrivate *priv = priv_of(picker);
+    // The menu runs a nested loop in which the window holding the picker
+    // may be closed: then the picker keeps only our reference and is left
+    // alone.
     g_object_ref(picker);
+    bool destroyed = false;
+    const gulong handler = g_signal_connect_swapped(
+        picker, "destroy", G_CALLBACK(+[](bool *flag) { *flag = true; }), &destroyed);
     const OvLocale *chosen = ov_locale_list_menu_run(priv->primary_locales, priv->stats, priv->all_languages_enabled,
                                                      priv->selected, GTK_WIDGET(picker));
-    if (chosen != nullptr)
-        ov_locale_picker_select(picker, chosen, TRUE);
-    gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(picker), FALSE);
+    if (!destroyed) {
+        g_signal_handler_disconnect(picker, handler);
+        if (chosen != nullptr)
+            ov_locale_picker_select(picker, chosen, TRUE);
+        gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(picker), FALSE);
+    }
     g_object_unref(picker);
 }
 

@@ -145,6 +145,26 @@ TEST(LocalePicker, LabelShowsTheSelectionAndPressingPicksFromTheMenuAtThePicker)
     }
 }
 
+// Regression: the window holding a picker closed while its menu was still
+// returning a choice made the picker relabel destroyed widgets.
+TEST(LocalePicker, WindowClosedWhileTheMenuReturnsLeavesThePickerAlone)
+{
+    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    GtkWidget *picker = ov_locale_picker_new();
+    ov_locale_picker_insert_primary_locale(OV_LOCALE_PICKER(picker), locale("sv"));
+    gtk_container_add(GTK_CONTAINER(window), picker);
+    gtk_widget_show(picker);
+    show_and_wait(window);
+    Script script;
+    script.when_menu([&] {
+        activate_menu_item("Swedish (Sweden)");
+        gtk_widget_destroy(window);
+    });
+    click(picker);
+    EXPECT_TRUE(script.done());
+    flush_events();
+}
+
 TEST(Picker, StringPickerKeepsItsOwnCopiesAndPicksOnAClick)
 {
     TestWindow w;
