@@ -26,10 +26,10 @@ inline const OvLocale *locale(const char *tag)
 }
 
 // Builds the chain as written, bypassing the set rules.
-inline LangstrPtr langstr_of(const std::string &spec)
+inline LangstrPtr langstr_of(const std::string &short_form)
 {
     langstr *first = nullptr, **place = &first;
-    std::istringstream words(spec);
+    std::istringstream words(short_form);
     for (std::string word; words >> word; place = &(*place)->next) {
         std::size_t equal = word.find('=');
         *place =
