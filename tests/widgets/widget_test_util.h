@@ -51,4 +51,19 @@ struct LocaleState {
 
 inline void set_active(const char *tag) { ov_ovinternal_set_active_locale(ov_locale_get_by_tag(tag)); }
 
+inline bool contains(const std::string &s, const char *part) { return s.find(part) != std::string::npos; }
+
+// Lets the main loop run until every step of the script ran.
+inline void finish(const Script &script)
+{
+    while (!script.done())
+        wait_ms(20);
+}
+
+// Counts the signals of that name the instance emits.
+inline void count_signal(gpointer instance, const char *signal, int &count)
+{
+    g_signal_connect_swapped(instance, signal, G_CALLBACK(+[](int *n) { ++*n; }), &count);
+}
+
 } // namespace ov::test
