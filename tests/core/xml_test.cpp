@@ -1,12 +1,9 @@
 #include "core/xml.h"
 
-#include "core/error.h"
 #include "core/raii.h"
 #include "core/zip.h"
-#include "core/zip_fixture.h"
-#include "support/test_support.h"
-
-#include <gtest/gtest.h>
+#include "core_test.h"
+#include "zip_fixture.h"
 
 #include <libxml/globals.h>
 #include <libxml/parser.h>
@@ -18,27 +15,17 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <cstdio>
-#include <functional>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 namespace {
 
-using ov::test::read_file;
-using ov::test::write_file;
+using namespace ov::test;
 
 // Outcomes read as one string: the value, "(null)" for a null success, or "FALSE <out>: <error>"
 // (getters with an out; "untouched": out not set) or "null: <error>" (getters returning the value).
-class XmlTest : public ::testing::Test {
+class XmlTest : public CoreTest {
 protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-
     xmlDoc *parse(const std::string &text)
     {
         write_file(dir_.file("doc.xml"), text);
@@ -46,14 +33,13 @@ protected:
     }
 
     static std::string error_text() { return ov_error_get(); }
-    static std::string take(gchar *text) { return text != nullptr ? std::string(ov::GStr(text).get()) : "(null)"; }
-    static std::string result(gchar *text) { return text != nullptr ? take(text) : "null: " + error_text(); }
+    static std::string or_error(gchar *text) { return text != nullptr ? str(text) : "null: " + error_text(); }
     static std::string string_out(const std::function<gboolean(gchar **)> &call)
     {
         static gchar marker[] = "untouched";
         gchar *out = marker;
         const gboolean ok = call(&out);
-        const std::string value = out == marker ? std::string(marker) : take(out);
+        const std::string value = out == marker ? std::string(marker) : str(out);
         return ok ? value : "FALSE " + value + ": " + error_text();
     }
     template <class T> static std::string number_out(const std::function<gboolean(T *)> &call)
@@ -65,17 +51,15 @@ protected:
         return ok ? value : "FALSE " + value + ": " + error_text();
     }
 
-    ov::test::TempDir dir_;
+    TempDir dir_;
     std::vector<ov::XmlDocPtr> docs_;
 };
 
-// Parsing.
-
-constexpr const char *parse_sentence = "Could not parse XML data.\n\n";
-
+// Twelve undefined prefixes give 36 lines of parser output, cut to fifteen.
 TEST_F(XmlTest, BadFilesFailFastWithLibxmlMessageUnderTheSentence)
 {
-    std::string laughs = "<!DOCTYPE l [<!ENTITY l0 \"lol\">";
+    const std::string parse_sentence = "Could not parse XML data.\n\n";
+    std::string laughs = "<!DOCTYPE l [<!ENTITY l0 \"lol\">", prefixes = "<a>";
     for (int level = 1; level <= 9; ++level) {
         laughs += "<!ENTITY l" + std::to_string(level) + " \"";
         for (int i = 0; i < 10; ++i)
@@ -83,12 +67,15 @@ TEST_F(XmlTest, BadFilesFailFastWithLibxmlMessageUnderTheSentence)
         laughs += "\">";
     }
     laughs += "]><l>&l9;</l>";
+    for (const char *prefix : {"p0", "p1", "p2", "p3", "p4", "p5", "p6", "p7", "p8", "p9", "pA", "pB"})
+        prefixes += std::string("<") + prefix + ":b/>";
     // clang-format off
     const std::vector<std::pair<std::string, const char *>> cases = {
         {"", "Document is empty"}, {"<a><b></a>", "Opening and ending tag mismatch: b"},
         {"<a><b>text", "Premature end of data"}, {"<a>&nope;</a>", "Entity 'nope' not defined"},
         {"<a>caf\xE9</a>", "Input is not proper UTF-8"}, {laughs, "Detected an entity reference loop"},
         {"<a>" + std::string(10000001, 'x') + "</a>", "huge text node"},
+        {prefixes, "Namespace prefix p0 on b is not defined"},
     };
     // clang-format on
     for (const auto &[text, libxml_says] : cases) {
@@ -100,19 +87,21 @@ TEST_F(XmlTest, BadFilesFailFastWithLibxmlMessageUnderTheSentence)
         EXPECT_TRUE(error.starts_with(parse_sentence)) << error;
         EXPECT_NE(error.find(libxml_says), std::string::npos) << error;
         EXPECT_TRUE(g_utf8_validate(error.c_str(), -1, nullptr)) << error;
-        EXPECT_LE(std::count(error.begin(), error.end(), '\n'), 2 + 14 + 2) << error;
+        // The sentence, at most fifteen lines, and the note when cut.
+        const bool cut = error.ends_with("\n\n(Error message truncated.)");
+        EXPECT_TRUE(cut || text != prefixes) << error;
+        const long lines = std::count(error.begin(), error.end(), '\n');
+        EXPECT_TRUE(cut ? lines == 2 + 14 + 2 : lines <= 2 + 14) << error;
     }
-}
 
-TEST_F(XmlTest, LongParserOutputIsCutToFifteenLines)
-{
-    // Twelve undefined prefixes give three lines each before the parse fails.
-    EXPECT_EQ(parse("<a><p0:b/><p1:b/><p2:b/><p3:b/><p4:b/><p5:b/><p6:b/><p7:b/><p8:b/><p9:b/><pA:b/><pB:b/>"), nullptr);
-    const std::string error = error_text(), note = "\n\n(Error message truncated.)";
-    ASSERT_TRUE(error.starts_with(parse_sentence) && error.ends_with(note)) << error;
-    const std::string body = error.substr(0, error.size() - note.size()).substr(std::strlen(parse_sentence));
-    EXPECT_EQ(std::count(body.begin(), body.end(), '\n'), 14) << body;
-    EXPECT_NE(body.find("Namespace prefix p0 on b is not defined"), std::string::npos) << body;
+    // A missing file is no error for parse-if-exists; a malformed one is.
+    const std::string path = dir_.file("a.xml");
+    xmlDoc *doc = reinterpret_cast<xmlDoc *>(&doc);
+    EXPECT_TRUE(ov_xml_parse_file_if_exists(&doc, path.c_str()) && doc == nullptr && error_text().empty());
+    write_file(path, "<a>");
+    doc = reinterpret_cast<xmlDoc *>(&doc);
+    EXPECT_FALSE(ov_xml_parse_file_if_exists(&doc, path.c_str()) || doc != nullptr);
+    EXPECT_TRUE(error_text().starts_with(parse_sentence)) << error_text();
 }
 
 TEST_F(XmlTest, ExternalEntityIsNeverFetchedFromTheNetwork)
@@ -141,17 +130,16 @@ TEST_F(XmlTest, ExternalEntityIsNeverFetchedFromTheNetwork)
     EXPECT_FALSE(contacted);
 }
 
-void remember_message(void *context, const char *format, ...)
+void remember(void *context, const char *format, ...)
 {
     static_cast<std::string *>(context)->append(format);
 }
 
-// Whatever libxml2's global defaults, entities are substituted and the
-// external DTD is loaded, and the defaults and error handler are put back.
+// Whatever libxml2's defaults, entities are substituted and the external DTD loaded; all is put back.
 TEST_F(XmlTest, ParsingKeepsItsOptionsAndRestoresLibxmlState)
 {
     std::string foreign;
-    xmlSetGenericErrorFunc(&foreign, remember_message);
+    xmlSetGenericErrorFunc(&foreign, remember);
     const int substitute = xmlSubstituteEntitiesDefault(0);
     const int load_ext_dtd = std::exchange(xmlLoadExtDtdDefaultValue, 0);
 
@@ -161,48 +149,33 @@ TEST_F(XmlTest, ParsingKeepsItsOptionsAndRestoresLibxmlState)
     ASSERT_NE(doc, nullptr) << error_text();
     xmlNode *root = xmlDocGetRootElement(doc);
     EXPECT_EQ(root->children->type, XML_TEXT_NODE) << "no entity reference nodes";
-    EXPECT_EQ(take(ov_xml_get_text_content_as_utf8(doc, root)), "inside from outside");
-    EXPECT_EQ(take(ov_xml_get_required_attribute_value_as_utf8(root, "kind")), "plain");
+    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, root)), "inside from outside");
+    EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_utf8(root, "kind")), "plain");
 
     EXPECT_NE(parse("<a><p:b/></a>"), nullptr);
     EXPECT_EQ(parse("<a></b>"), nullptr);
     EXPECT_EQ(error_text().find("Namespace"), std::string::npos) << "warning of the last success kept";
 
-    EXPECT_TRUE(xmlGenericError == remember_message && xmlGenericErrorContext == &foreign) << "handler restored";
+    EXPECT_TRUE(xmlGenericError == remember && xmlGenericErrorContext == &foreign) << "handler restored";
     EXPECT_EQ(foreign, "");
     EXPECT_EQ(xmlSubstituteEntitiesDefault(substitute), 0);
     EXPECT_EQ(std::exchange(xmlLoadExtDtdDefaultValue, load_ext_dtd), 0);
     xmlSetGenericErrorFunc(nullptr, nullptr);
 }
 
-TEST_F(XmlTest, ParseFileIfExists)
-{
-    const std::string missing = dir_.file("missing.xml"), path = dir_.file("a.xml");
-    xmlDoc *doc = reinterpret_cast<xmlDoc *>(&doc);
-    EXPECT_TRUE(ov_xml_parse_file_if_exists(&doc, missing.c_str()));
-    EXPECT_EQ(doc, nullptr);
-    EXPECT_EQ(error_text(), "");
-
-    write_file(path, "<a>");
-    EXPECT_FALSE(ov_xml_parse_file_if_exists(&doc, path.c_str()));
-    EXPECT_EQ(doc, nullptr);
-    EXPECT_TRUE(error_text().starts_with(parse_sentence)) << error_text();
-}
-
 TEST_F(XmlTest, ParsesZipEntries)
 {
-    // "big" spans many reads; "damaged" is stored so its bytes can be changed.
-    const std::string bytes = ov::test::make_zip({{"big.xml", "<a>" + std::string(100000, 'z') + "</a>"},
+    // "damaged" is stored so its bytes can be changed.
+    const std::string bytes = make_zip({{"big.xml", "<a>" + std::string(100000, 'z') + "</a>"},
                                                   {"bad.xml", "<settings>"},
                                                   {"damaged.xml", "<a>" + std::string(5000, 'q') + "</a>", true}});
-    ASSERT_FALSE(bytes.empty());
-    const std::string damaged = ov::test::damage(bytes, std::string(100, 'q'), std::string(100, 'Q'));
+    const std::string damaged = damage(bytes, std::string(100, 'q'), std::string(100, 'Q'));
     ov::ZipArchivePtr archive(ov_zip_open_archive_for_reading_from_buffer(damaged.data(), damaged.size()));
     ASSERT_TRUE(archive) << error_text();
 
     ov::XmlDocPtr doc(ov_xml_parse_zip_file(archive.get(), "big.xml"));
     ASSERT_TRUE(doc) << error_text();
-    EXPECT_EQ(take(ov_xml_get_text_content_as_utf8(doc.get(), xmlDocGetRootElement(doc.get()))).size(), 100000u);
+    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc.get(), xmlDocGetRootElement(doc.get()))).size(), 100000u);
     for (const auto &[entry, reason] : {std::pair{"bad.xml", "Premature end of data"}, {"damaged.xml", "CRC"}}) {
         SCOPED_TRACE(entry);
         ov_error_clear();
@@ -212,8 +185,6 @@ TEST_F(XmlTest, ParsesZipEntries)
     }
 }
 
-// Attributes, nodes, text content.
-
 using Call = std::function<std::string(const xmlNode *)>;
 
 TEST_F(XmlTest, AttributeGetters)
@@ -222,7 +193,7 @@ TEST_F(XmlTest, AttributeGetters)
     auto opt = [](gboolean (*get)(gchar **, const xmlNode *, const char *)) -> Call {
         return [=](const xmlNode *n) { return string_out([&](gchar **out) { return get(out, n, "v"); }); }; };
     auto req = [](gchar *(*get)(const xmlNode *, const char *)) -> Call {
-        return [=](const xmlNode *n) { return result(get(n, "v")); }; };
+        return [=](const xmlNode *n) { return or_error(get(n, "v")); }; };
     auto number = []<class T>(gboolean (*get)(T *, const xmlNode *)) -> Call {
         return [=](const xmlNode *n) { return number_out<T>([&](T *out) { return get(out, n); }); }; };
     const Call utf8 = opt(ov_xml_get_attribute_value_as_utf8), ascii = opt(ov_xml_get_attribute_value_as_ascii),
@@ -246,30 +217,26 @@ TEST_F(XmlTest, AttributeGetters)
         bad_bool = "FALSE 7: Invalid boolean value in XML attribute: v",
         bad_int = "FALSE 7: Invalid integer value in XML attribute: v\n\n",
         bad_dbl = "FALSE 7: Invalid floating point number in XML attribute: v\n\n";
-    // Each: the node (<a/> has no attribute v), the getter, the outcome.
+    // Each: the node (no: without attribute v), the getter, the outcome.
+    const char *no = "<a/>", *x = "<a v='x'/>", *blank = "<a v=''/>", *e = "<a v='&#xE9;'/>", *euro = "<a v='&#x20AC;'/>";
+    const std::string too_large = "Integer value out of valid range (too large).";
     const std::vector<std::tuple<const char *, const Call &, std::string>> cases = {
-        {"<a/>", utf8, "(null)"}, {"<a v='&#x20AC;'/>", utf8, "\xE2\x82\xAC"}, {"<a v='x'/>", ascii, "x"},
-        {"<a v='&#xE9;'/>", ascii, "FALSE (null): " + non_ascii}, {"<a/>", latin1, "(null)"}, {"<a v='&#xE9;'/>", latin1, "\xE9"},
-        {"<a v='&#x20AC;'/>", latin1, "FALSE (null): " + non_latin1}, {"<a/>", nonempty, "(null)"}, {"<a v='x'/>", nonempty, "x"},
-        {"<a v=''/>", nonempty, "FALSE (null): " + empty}, {"<a/>", r_utf8, "null: " + missing}, {"<a v=''/>", r_utf8, ""},
-        {"<a v='x'/>", r_ascii, "x"}, {"<a v='&#x20AC;'/>", r_ascii, "null: " + non_ascii}, {"<a/>", r_latin1, "null: " + missing},
-        {"<a v='&#xE9;'/>", r_latin1, "\xE9"}, {"<a v='&#x20AC;'/>", r_latin1, "null: " + non_latin1},
-        {"<a/>", r_ne_utf8, "null: " + missing}, {"<a v=''/>", r_ne_utf8, "null: " + empty}, {"<a v='x'/>", r_ne_utf8, "x"},
-        {"<a v=''/>", r_ne_latin1, "null: " + empty}, {"<a v='&#xE9;'/>", r_ne_latin1, "\xE9"},
-        {"<a v='&#x20AC;'/>", r_ne_latin1, "null: " + non_latin1},
-        {"<a/>", bool_t, "1"}, {"<a/>", bool_f, "0"}, {"<a v='true'/>", bool_f, "1"}, {"<a v='false'/>", bool_t, "0"},
-        {"<a v='True'/>", bool_t, bad_bool}, {"<a v=' true'/>", bool_t, bad_bool}, {"<a v=''/>", bool_t, "FALSE 7: " + empty},
-        {"<a/>", r_bool, "FALSE 7: " + missing}, {"<a v='false'/>", r_bool, "0"}, {"<a v='1'/>", r_bool, bad_bool},
-        {"<a/>", int_0_41, "99"}, {"<a v='41'/>", int_0_41, "41"}, {"<a v=''/>", int_0_41, "FALSE 7: " + empty},
-        {"<a v='42'/>", int_0_41, bad_int + "Integer value out of valid range (too large)."}, {"<a v='-3'/>", r_int, "-3"},
-        {"<a v='12x'/>", int_0_41, bad_int + "Invalid characters in integer value."}, {"<a v='50'/>", r_int_50_60, "50"},
-        {"<a/>", r_int, "FALSE 7: " + missing},
-        {"<a v='2147483648'/>", r_int, bad_int + "Integer value out of valid range (too large)."},
+        {no, utf8, "(null)"}, {euro, utf8, "\xE2\x82\xAC"}, {x, ascii, "x"}, {e, ascii, "FALSE (null): " + non_ascii},
+        {e, latin1, "\xE9"}, {euro, latin1, "FALSE (null): " + non_latin1}, {x, nonempty, "x"},
+        {blank, nonempty, "FALSE (null): " + empty}, {no, r_utf8, "null: " + missing}, {blank, r_utf8, ""},
+        {x, r_ascii, "x"}, {euro, r_ascii, "null: " + non_ascii}, {e, r_latin1, "\xE9"}, {euro, r_latin1, "null: " + non_latin1},
+        {blank, r_ne_utf8, "null: " + empty}, {x, r_ne_utf8, "x"}, {blank, r_ne_latin1, "null: " + empty},
+        {e, r_ne_latin1, "\xE9"}, {euro, r_ne_latin1, "null: " + non_latin1}, {no, bool_t, "1"}, {no, bool_f, "0"},
+        {"<a v='true'/>", bool_f, "1"}, {"<a v='false'/>", bool_t, "0"}, {"<a v='True'/>", bool_t, bad_bool},
+        {"<a v=' true'/>", bool_t, bad_bool}, {blank, bool_t, "FALSE 7: " + empty}, {no, r_bool, "FALSE 7: " + missing},
+        {"<a v='false'/>", r_bool, "0"}, {"<a v='1'/>", r_bool, bad_bool}, {no, int_0_41, "99"}, {"<a v='41'/>", int_0_41, "41"},
+        {"<a v='42'/>", int_0_41, bad_int + too_large}, {"<a v='-3'/>", r_int, "-3"}, {"<a v='50'/>", r_int_50_60, "50"},
+        {"<a v='12x'/>", int_0_41, bad_int + "Invalid characters in integer value."}, {no, r_int, "FALSE 7: " + missing},
+        {"<a v='2147483648'/>", r_int, bad_int + too_large},
         {"<a v='42'/>", r_int_50_60, bad_int + "Integer value out of valid range (too small)."},
-        {"<a/>", dbl_0_2, "0.25"}, {"<a v='1.5'/>", dbl_0_2, "1.5"}, {"<a v=''/>", dbl_0_2, "FALSE 7: " + empty},
-        {"<a v='1.5mm'/>", dbl_0_2, bad_dbl + "Invalid floating-point value."},
+        {no, dbl_0_2, "0.25"}, {"<a v='1.5'/>", dbl_0_2, "1.5"}, {"<a v='1.5mm'/>", dbl_0_2, bad_dbl + "Invalid floating-point value."},
         {"<a v='2.5'/>", dbl_0_2, bad_dbl + "Floating-point value out of valid range (too large)."},
-        {"<a/>", r_dbl_0_3, "FALSE 7: " + missing}, {"<a v='3'/>", r_dbl_0_3, "3"},
+        {no, r_dbl_0_3, "FALSE 7: " + missing}, {"<a v='3'/>", r_dbl_0_3, "3"},
         {"<a v='-3'/>", r_dbl_0_3, bad_dbl + "Floating-point value out of valid range (too small)."},
     };
     // clang-format on
@@ -302,18 +269,14 @@ TEST_F(XmlTest, DistinctChildrenAndTextContent)
             return std::string(out == nullptr ? "FALSE null: " : "FALSE set: ") + error_text();
         return out == nullptr ? "none" : std::string(ov_xml_get_node_name(out)) + " " + std::to_string(out->type);
     };
-    const Read node = [&](const char *name) {
-        const xmlNode *out = ov_xml_get_required_distinct_child_node(root, name);
-        return out == nullptr ? "null: " + error_text() : std::string(ov_xml_get_node_name(out));
-    };
     auto direct = [&](gchar *(*read)(xmlDoc *, const xmlNode *)) -> Read {
-        return [=](const char *name) { return result(read(doc, ov_xml_get_required_distinct_child_node(root, name))); };
+        return [=](const char *name) { return or_error(read(doc, ov_xml_get_required_distinct_child_node(root, name))); };
     };
     auto of_child = [&](gboolean (*read)(gchar **, xmlDoc *, const xmlNode *, const char *)) -> Read {
         return [=](const char *name) { return string_out([&](gchar **out) { return read(out, doc, root, name); }); };
     };
     const Read required = [&](const char *name) {
-        return result(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, root, name));
+        return or_error(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, root, name));
     };
     // clang-format off
     const Read utf8 = direct(ov_xml_get_text_content_as_utf8), latin1 = direct(ov_xml_get_text_content_as_latin1),
@@ -330,15 +293,13 @@ TEST_F(XmlTest, DistinctChildrenAndTextContent)
         unreadable = "Error reading text content from XML node.";
     const std::vector<std::tuple<const Read &, const char *, std::string>> cases = {
         {distinct, "t", "t 1"}, {distinct, "twice", "FALSE null: " + duplicate}, {distinct, "inner", "none"},
-        {distinct, "text", "text 3"}, {node, "t", "t"}, {node, "none", "null: Missing XML node: none"}, {node, "twice", "null: " + duplicate},
-        {utf8, "t", "  a &\t\xC3\xA9t\xC3\xA9 <b>\n x "}, {utf8, "empty", ""}, {utf8, "comment", "null: " + unreadable},
-        {latin1, "t", "  a &\t\xE9t\xE9 <b>\n x "}, {latin1, "euro", "null: " + not_latin1}, {compact, "blank", ""},
-        {compact, "t", "a & \xE9t\xE9 <b> x"}, {nonempty, "t", "a & \xE9t\xE9 <b> x"}, {nonempty, "empty", "null: " + empty},
-        {c_utf8, "none", "(null)"}, {c_utf8, "euro", "\xE2\x82\xAC \t x"}, {c_latin1, "twice", "FALSE (null): " + duplicate},
+        {distinct, "text", "text 3"}, {utf8, "t", "  a &\t\xC3\xA9t\xC3\xA9 <b>\n x "}, {utf8, "empty", ""},
+        {utf8, "comment", "null: " + unreadable}, {latin1, "t", "  a &\t\xE9t\xE9 <b>\n x "},
+        {latin1, "euro", "null: " + not_latin1}, {compact, "blank", ""}, {nonempty, "t", "a & \xE9t\xE9 <b> x"},
+        {nonempty, "empty", "null: " + empty}, {c_utf8, "none", "(null)"}, {c_utf8, "euro", "\xE2\x82\xAC \t x"},
         {c_latin1, "euro", "FALSE (null): " + not_latin1}, {c_compact_utf8, "euro", "\xE2\x82\xAC x"},
         {c_compact_utf8, "comment", "FALSE (null): " + unreadable}, {c_compact_latin1, "t", "a & \xE9t\xE9 <b> x"},
-        {c_nonempty_utf8, "none", "(null)"}, {c_nonempty_utf8, "blank", "FALSE (null): " + empty},
-        {c_nonempty_latin1, "t", "a & \xE9t\xE9 <b> x"}, {c_nonempty_latin1, "blank", "FALSE (null): " + empty},
+        {c_nonempty_utf8, "blank", "FALSE (null): " + empty}, {c_nonempty_latin1, "blank", "FALSE (null): " + empty},
         {required, "euro", "\xE2\x82\xAC x"}, {required, "none", "null: Missing XML node: none"},
         {required, "twice", "null: " + duplicate}, {required, "blank", "null: " + empty},
     };
@@ -350,9 +311,7 @@ TEST_F(XmlTest, DistinctChildrenAndTextContent)
     }
 }
 
-// Building and writing documents.
-
-TEST_F(XmlTest, BuildsAndWritesToString)
+TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
 {
     ov::XmlDocPtr doc(ov_xml_new_doc());
     xmlNode *root = ov_xml_add_root_element(doc.get(), "template");
@@ -365,25 +324,17 @@ TEST_F(XmlTest, BuildsAndWritesToString)
     xmlNode *group = ov_xml_add_child_element(root, "group");
     ov_xml_add_child_element_with_utf8_text_content(group, "u", "<&>\xE2\x82\xAC");
     ov_xml_add_child_element_with_latin1_text_content(group, "l", "\xE9\r");
-
     const std::string expected = "<?xml version=\"1.0\"?>\n"
                                  "<template name=\"a&lt;b&gt;&amp;&quot;c&quot;\" author=\"Jos&#xE9;\" yes=\"true\""
                                  " no=\"false\" min=\"-2147483648\" big=\"-1.5e+300\"><group>"
                                  "<u>&lt;&amp;&gt;&#x20AC;</u><l>&#xE9;&#xD;</l></group></template>\n";
     gsize length = 1;
-    EXPECT_EQ(take(ov_xml_write_to_string(doc.get(), &length)), expected) << error_text();
+    EXPECT_EQ(str(ov_xml_write_to_string(doc.get(), &length)), expected) << error_text();
     EXPECT_EQ(length, expected.size());
-    EXPECT_EQ(take(ov_xml_write_to_string(doc.get(), nullptr)), expected);
-}
+    EXPECT_EQ(str(ov_xml_write_to_string(doc.get(), nullptr)), expected);
 
-TEST_F(XmlTest, WritesFilesAndStreamsAndReadsThemBack)
-{
-    ov::XmlDocPtr doc(ov_xml_new_doc());
-    xmlNode *group = ov_xml_add_child_element(ov_xml_add_root_element(doc.get(), "settings"), "group");
-    ov_xml_set_attribute_with_latin1_content(group, "name", "caf\xE9 & <co>");
     ov_xml_set_attribute_to_double(group, "scale", 1.0 / 3.0);
     ov_xml_add_child_element_with_latin1_text_content(group, "note", " multi\nline \xFF ");
-
     const std::string path = dir_.file("out.xml");
     for (const char *encoding : {"UTF-8", "ISO-8859-1"}) {
         SCOPED_TRACE(encoding);
@@ -396,12 +347,12 @@ TEST_F(XmlTest, WritesFilesAndStreamsAndReadsThemBack)
         ASSERT_TRUE(back) << error_text();
         const xmlNode *read = ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(back.get()), "group");
         ASSERT_NE(read, nullptr);
-        EXPECT_EQ(take(ov_xml_get_required_attribute_value_as_latin1(read, "name")), "caf\xE9 & <co>");
+        EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_latin1(read->parent, "author")), "Jos\xE9");
         double scale = 0;
         EXPECT_TRUE(ov_xml_get_required_attribute_value_as_double_in_range(&scale, read, "scale", 0, 1));
         EXPECT_EQ(scale, 1.0 / 3.0);
         const xmlNode *note = ov_xml_get_required_distinct_child_node(read, "note");
-        EXPECT_EQ(take(ov_xml_get_text_content_as_latin1(back.get(), note)), " multi\nline \xFF ");
+        EXPECT_EQ(str(ov_xml_get_text_content_as_latin1(back.get(), note)), " multi\nline \xFF ");
         ASSERT_TRUE(ov_xml_write_to_file(back.get(), path.c_str(), encoding));
         EXPECT_EQ(read_file(path), bytes) << "written again, the same bytes";
 
@@ -413,52 +364,9 @@ TEST_F(XmlTest, WritesFilesAndStreamsAndReadsThemBack)
         stream.reset();
         EXPECT_EQ(read_file(path), "<!-- head -->\n" + bytes);
     }
-}
 
-// Hand-written writer.
-
-TEST_F(XmlTest, EscapesLatin1Text)
-{
-    // A carriage return is written followed by a tab.
-    // clang-format off
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", ""}, {"plain text", "plain text"}, {"&amp;", "&amp;amp;"}, {"a\r\nb", "a&#xD;&#x9;&#xA;b"},
-        {"\r\r", "&#xD;&#x9;&#xD;&#x9;"}, {"\t\"&'<>", "&#x9;&quot;&amp;&apos;&lt;&gt;"}, {"\xE9\x80\xFF\x7F", "\xE9\x80\xFF\x7F"},
-    };
-    // clang-format on
-    for (const auto &[input, expected] : cases)
-        EXPECT_EQ(take(ov_xml_latin1_to_xml(input.c_str())), expected) << input;
-    EXPECT_EQ(ov_xml_latin1_to_xml(nullptr), nullptr);
-}
-
-TEST_F(XmlTest, HandWrittenFileReadsBack)
-{
-    const std::string text = "line one\r\nline\ttwo \"quoted\" & <tagged> caf\xE9", path = dir_.file("hand.xml");
-    ov::FilePtr stream(std::fopen(path.c_str(), "wb"));
-    ASSERT_TRUE(stream);
-    std::fputs("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<r>", stream.get());
-    EXPECT_TRUE(ov_xml_write_tabs(stream.get(), 0) && ov_xml_write_tabs(stream.get(), -1) &&
-                ov_xml_write_tabs(stream.get(), 2));
-    std::fputs("<t v=\"", stream.get());
-    EXPECT_TRUE(ov_xml_write_string(stream.get(), text.c_str()) && ov_xml_write_string(stream.get(), ""));
-    std::fputs("\"/></r>\n", stream.get());
-    stream.reset();
-    EXPECT_NE(read_file(path).find("<r>\t\t<t v=\"line one&#xD;&#x9;&#xA;"), std::string::npos) << read_file(path);
-
-    ov::XmlDocPtr doc(ov_xml_parse_file(path.c_str()));
-    ASSERT_TRUE(doc) << error_text();
-    const xmlNode *t = ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(doc.get()), "t");
-    EXPECT_EQ(take(ov_xml_get_required_attribute_value_as_latin1(t, "v")),
-              "line one\r\t\nline\ttwo \"quoted\" & <tagged> caf\xE9");
-}
-
-// Failure messages of building and of both writers.
-TEST_F(XmlTest, BuildingAndWritingFailures)
-{
-    ov::XmlDocPtr doc(ov_xml_new_doc());
-    xmlNode *root = ov_xml_add_root_element(doc.get(), "r");
+    // Failure messages of building and of both writers.
     ov::FilePtr stream(std::tmpfile()), read_only(std::fopen("/dev/null", "rb"));
-    gsize length = 9;
     const std::string no_folder = dir_.file("no/such/folder.xml");
     // clang-format off
     const std::vector<std::pair<std::function<bool()>, std::string>> cases = {
@@ -481,6 +389,37 @@ TEST_F(XmlTest, BuildingAndWritingFailures)
         EXPECT_TRUE(fails());
         EXPECT_TRUE(error_text().starts_with(error)) << error_text();
     }
+}
+
+// A carriage return is written followed by a tab.
+TEST_F(XmlTest, HandWrittenLatin1IsEscapedAndReadsBack)
+{
+    // clang-format off
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", ""}, {"plain text", "plain text"}, {"&amp;", "&amp;amp;"}, {"a\r\nb", "a&#xD;&#x9;&#xA;b"},
+        {"\r\r", "&#xD;&#x9;&#xD;&#x9;"}, {"\t\"&'<>", "&#x9;&quot;&amp;&apos;&lt;&gt;"}, {"\xE9\x80\xFF\x7F", "\xE9\x80\xFF\x7F"},
+    };
+    // clang-format on
+    for (const auto &[input, expected] : cases)
+        EXPECT_EQ(str(ov_xml_latin1_to_xml(input.c_str())), expected) << input;
+    EXPECT_EQ(ov_xml_latin1_to_xml(nullptr), nullptr);
+
+    const std::string text = "line one\r\nline\ttwo \"quoted\" & <tagged> caf\xE9", path = dir_.file("hand.xml");
+    ov::FilePtr stream(std::fopen(path.c_str(), "wb"));
+    ASSERT_TRUE(stream);
+    std::fputs("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<r>", stream.get());
+    EXPECT_TRUE(ov_xml_write_tabs(stream.get(), 0) && ov_xml_write_tabs(stream.get(), -1) &&
+                ov_xml_write_tabs(stream.get(), 2));
+    std::fputs("<t v=\"", stream.get());
+    EXPECT_TRUE(ov_xml_write_string(stream.get(), text.c_str()) && ov_xml_write_string(stream.get(), ""));
+    std::fputs("\"/></r>\n", stream.get());
+    stream.reset();
+    EXPECT_NE(read_file(path).find("<r>\t\t<t v=\"line one&#xD;&#x9;&#xA;"), std::string::npos) << read_file(path);
+    ov::XmlDocPtr doc(ov_xml_parse_file(path.c_str()));
+    ASSERT_TRUE(doc) << error_text();
+    const xmlNode *t = ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(doc.get()), "t");
+    EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_latin1(t, "v")),
+              "line one\r\t\nline\ttwo \"quoted\" & <tagged> caf\xE9");
 }
 
 } // namespace
