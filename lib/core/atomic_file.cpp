@@ -9,8 +9,10 @@
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 struct OvAtomicFile {
     ov::GStr target_path;    // file-system encoding, symbolic links resolved
@@ -74,7 +76,7 @@ OvAtomicFile *ov_atomic_file_open(const char *path)
         return nullptr;
     }
 
-    auto file = new OvAtomicFile;
+    std::unique_ptr<OvAtomicFile, decltype(&free_file)> file(new OvAtomicFile, free_file);
     file->target_path = resolve_target(fs_path.get());
 
     struct stat info;
@@ -88,7 +90,6 @@ OvAtomicFile *ov_atomic_file_open(const char *path)
     int fd = g_mkstemp_full(file->temporary_path.get(), O_RDWR | O_CLOEXEC, 0666);
     if (fd < 0) {
         set_errno_error(errno, "Cannot open file.");
-        free_file(file);
         return nullptr;
     }
     file->stream = fdopen(fd, "wb");
@@ -97,10 +98,9 @@ OvAtomicFile *ov_atomic_file_open(const char *path)
         close(fd);
         g_unlink(file->temporary_path.get());
         set_errno_error(saved, "Cannot open file.");
-        free_file(file);
         return nullptr;
     }
-    return file;
+    return file.release();
 }
 
 FILE *ov_atomic_file_get_stream(OvAtomicFile *file)
