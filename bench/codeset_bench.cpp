@@ -21,7 +21,8 @@
 #include <sys/resource.h>
 #include <vector>
 
-namespace {
+namespace
+{
 
 double seconds_since(std::chrono::steady_clock::time_point start)
 {
@@ -34,7 +35,9 @@ std::vector<OvRemark *> make_remarks(int count)
     std::vector<OvRemark *> remarks;
     const OvLocale *locales[] = {ov_locale_get_uk_english(), ov_locale_get_swedish_swedish(),
                                  ov_locale_get_by_tag("de-de")};
-    const char *words[] = {"Scratch on the surface", "Repa i ytan", "Kratzer auf der Oberfl\xe4" "che"};
+    const char *words[] = {"Scratch on the surface", "Repa i ytan",
+                           "Kratzer auf der Oberfl\xe4"
+                           "che"};
     for (int i = 0; i < count; i++) {
         OvRemark *remark = ov_remark_new();
         char letter = static_cast<char>('A' + i % 26);
@@ -86,7 +89,8 @@ int main(int argc, char **argv)
 
     std::printf("Sorted insertion of %d remarks\n", count);
     std::printf("  random order:     %8.3f s\n", time_sorted_insertion(shuffled));
-    std::printf("  ascending order:  %8.3f s (each walks the whole list)\n", time_sorted_insertion(ascending));
+    std::printf("  ascending order:  %8.3f s (each walks the whole list)\n",
+                time_sorted_insertion(ascending));
     std::printf("  descending order: %8.3f s (each stops at the first)\n", time_sorted_insertion(descending));
 
     OvCodeset *codeset = ov_codeset_new();

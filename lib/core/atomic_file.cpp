@@ -22,7 +22,8 @@ struct OvAtomicFile {
     mode_t mode = 0;
 };
 
-namespace {
+namespace
+{
 
 // Sets the errno text with the sentence of the file-system layer on top.
 void set_errno_error(int error_number, const char *sentence)
@@ -60,7 +61,10 @@ void sync_folder_of(const char *fs_path)
     close(fd);
 }
 
-void free_file(OvAtomicFile *file) { delete file; }
+void free_file(OvAtomicFile *file)
+{
+    delete file;
+}
 
 } // namespace
 

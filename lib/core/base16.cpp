@@ -5,7 +5,8 @@
 
 #include <cstring>
 
-namespace {
+namespace
+{
 
 constexpr char kDigits[] = "0123456789abcdef";
 

@@ -5,7 +5,8 @@
 
 const char *ov_error_message_unknown = "An unknown program error has occured.";
 
-namespace {
+namespace
+{
 
 char *buffer = nullptr;
 gboolean out_of_memory = FALSE;

@@ -71,7 +71,8 @@ char *ov_fs_utils_create_path_in_folder_(const char *folder, const char *const *
 // The same with the names as arguments, ended by nullptr.
 char *ov_fs_utils_create_path_in_folder(const char *folder, ...) G_GNUC_NULL_TERMINATED;
 
-namespace ov {
+namespace ov
+{
 
 // Calls visit with the name of each entry of the folder ("." and ".." left
 // out), in listing order, while it returns true; visit may take the name.

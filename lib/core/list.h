@@ -15,20 +15,27 @@
 #include <concepts>
 #include <cstdint>
 
-namespace ov {
+namespace ov
+{
 
 template <class T>
-concept ListNode = requires(T node) {
-    { node.previous } -> std::convertible_to<T *>;
-    { node.next } -> std::convertible_to<T *>;
+concept ListNode = requires(T node)
+{
+    {
+        node.previous
+        } -> std::convertible_to<T *>;
+    {
+        node.next
+        } -> std::convertible_to<T *>;
 };
 
 template <ListNode T> struct SentinelList {
     T *head = nullptr;
     T *tail = nullptr;
 
-    class iterator {
-    public:
+    class iterator
+    {
+      public:
         explicit iterator(T *node) : node_(node) {}
         T *operator*() const { return node_; }
         // Reads the successor before the caller may unlink the current one.
@@ -39,7 +46,7 @@ template <ListNode T> struct SentinelList {
         }
         bool operator==(const iterator &other) const = default;
 
-    private:
+      private:
         T *node_;
     };
 

@@ -13,12 +13,22 @@
 
 #include <glib.h>
 
-namespace {
+namespace
+{
 
-bool is_digit(guchar c) { return c >= '0' && c <= '9'; }
-bool is_space(guchar c) { return g_ascii_isspace(c); }
+bool is_digit(guchar c)
+{
+    return c >= '0' && c <= '9';
+}
+bool is_space(guchar c)
+{
+    return g_ascii_isspace(c);
+}
 
-int sign(int value) { return (value > 0) - (value < 0); }
+int sign(int value)
+{
+    return (value > 0) - (value < 0);
+}
 
 // Compares two runs of whole numbers. On a tie a and b are moved past their
 // runs (which are then identical).
@@ -102,7 +112,19 @@ int compare(const char *left, const char *right, bool fold_case, bool ignore_zer
 
 } // namespace
 
-int strnatcmp(const char *a, const char *b) { return compare(a, b, false, false); }
-int strnatcasecmp(const char *a, const char *b) { return compare(a, b, true, false); }
-int strnatzerocmp(const char *a, const char *b) { return compare(a, b, false, true); }
-int strnatzerocasecmp(const char *a, const char *b) { return compare(a, b, true, true); }
+int strnatcmp(const char *a, const char *b)
+{
+    return compare(a, b, false, false);
+}
+int strnatcasecmp(const char *a, const char *b)
+{
+    return compare(a, b, true, false);
+}
+int strnatzerocmp(const char *a, const char *b)
+{
+    return compare(a, b, false, true);
+}
+int strnatzerocasecmp(const char *a, const char *b)
+{
+    return compare(a, b, true, true);
+}

@@ -14,7 +14,8 @@
 #include <memory>
 #include <utility>
 
-namespace ov {
+namespace ov
+{
 
 template <auto Fn> struct FnDeleter {
     template <class T> void operator()(T *pointer) const
@@ -41,12 +42,16 @@ using CairoPtr = Owned<cairo_t, cairo_destroy>;
 using CairoSurfacePtr = Owned<cairo_surface_t, cairo_surface_destroy>;
 
 // Takes ownership of a GLib-allocated string.
-inline GStr gstr(char *text) { return GStr(text); }
+inline GStr gstr(char *text)
+{
+    return GStr(text);
+}
 
 // A strong reference to a GObject. Construction says how the reference was
 // obtained: adopt an owned one, add one, or sink a floating one.
-template <class T> class ObjectRef {
-public:
+template <class T> class ObjectRef
+{
+  public:
     ObjectRef() = default;
     static ObjectRef adopt(T *object) { return ObjectRef(object); }
     static ObjectRef ref(T *object)
@@ -81,15 +86,16 @@ public:
     T *operator->() const { return object_; }
     explicit operator bool() const { return object_ != nullptr; }
 
-private:
+  private:
     explicit ObjectRef(T *object) : object_(object) {}
     T *object_ = nullptr;
 };
 
 // Lets a unique_ptr be filled through a C out-parameter:
 //   GError *-style: g_file_get_contents(path, &text, ..., ov::out(error))
-template <class Ptr> class OutPtr {
-public:
+template <class Ptr> class OutPtr
+{
+  public:
     using Raw = typename Ptr::pointer;
     explicit OutPtr(Ptr &target) : target_(target) {}
     OutPtr(const OutPtr &) = delete;
@@ -97,28 +103,33 @@ public:
     ~OutPtr() { target_.reset(raw_); }
     operator Raw *() { return &raw_; }
 
-private:
+  private:
     Ptr &target_;
     Raw raw_ = nullptr;
 };
 
-template <class Ptr> OutPtr<Ptr> out(Ptr &target) { return OutPtr<Ptr>(target); }
+template <class Ptr> OutPtr<Ptr> out(Ptr &target)
+{
+    return OutPtr<Ptr>(target);
+}
 
 // Restores the cairo state when the scope ends.
-class CairoSaveGuard {
-public:
+class CairoSaveGuard
+{
+  public:
     explicit CairoSaveGuard(cairo_t *cr) : cr_(cr) { cairo_save(cr_); }
     CairoSaveGuard(const CairoSaveGuard &) = delete;
     CairoSaveGuard &operator=(const CairoSaveGuard &) = delete;
     ~CairoSaveGuard() { cairo_restore(cr_); }
 
-private:
+  private:
     cairo_t *cr_;
 };
 
 // Removes a GLib main-loop source when the scope ends, unless released.
-class SourceGuard {
-public:
+class SourceGuard
+{
+  public:
     SourceGuard() = default;
     explicit SourceGuard(guint id) : id_(id) {}
     SourceGuard(const SourceGuard &) = delete;
@@ -134,13 +145,14 @@ public:
     guint release() { return std::exchange(id_, 0); }
     guint get() const { return id_; }
 
-private:
+  private:
     guint id_ = 0;
 };
 
 // Disconnects a signal handler when the scope ends, unless released.
-class SignalGuard {
-public:
+class SignalGuard
+{
+  public:
     SignalGuard() = default;
     SignalGuard(gpointer instance, gulong id) : instance_(instance), id_(id) {}
     SignalGuard(const SignalGuard &) = delete;
@@ -156,7 +168,7 @@ public:
         return std::exchange(id_, 0);
     }
 
-private:
+  private:
     gpointer instance_ = nullptr;
     gulong id_ = 0;
 };

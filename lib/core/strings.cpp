@@ -8,7 +8,8 @@
 #include <cstring>
 #include <string_view>
 
-namespace {
+namespace
+{
 
 // ---------------------------------------------------------------------------
 // Assertions
@@ -116,7 +117,10 @@ char *put_latin1_as_utf8(guchar b, char *out)
 
 enum class Rule { Detabify, Spacify, SpacifyCompactly };
 
-bool latin1_is_space(guchar c) { return std::isspace(c) != 0; }
+bool latin1_is_space(guchar c)
+{
+    return std::isspace(c) != 0;
+}
 
 char *normalise_latin1(char *text, Rule rule)
 {
@@ -224,12 +228,30 @@ char *normalise_utf8_in_new(const char *text, Rule rule)
 // ---------------------------------------------------------------------------
 // Assertions
 
-const char *ov_ascii_assert_in_latin1(const char *text) { return assert_ascii(text); }
-const char *ov_ascii_assert_in_utf8(const char *text) { return assert_ascii(text); }
-const char *ov_latin1_assert_nonempty(const char *text) { return assert_nonempty(text); }
-const char *ov_utf8_assert_nonempty(const char *text) { return assert_nonempty(text); }
-char *ov_latin1_assert_nonempty_or_free(char *text) { return assert_nonempty_or_free(text); }
-char *ov_utf8_assert_nonempty_or_free(char *text) { return assert_nonempty_or_free(text); }
+const char *ov_ascii_assert_in_latin1(const char *text)
+{
+    return assert_ascii(text);
+}
+const char *ov_ascii_assert_in_utf8(const char *text)
+{
+    return assert_ascii(text);
+}
+const char *ov_latin1_assert_nonempty(const char *text)
+{
+    return assert_nonempty(text);
+}
+const char *ov_utf8_assert_nonempty(const char *text)
+{
+    return assert_nonempty(text);
+}
+char *ov_latin1_assert_nonempty_or_free(char *text)
+{
+    return assert_nonempty_or_free(text);
+}
+char *ov_utf8_assert_nonempty_or_free(char *text)
+{
+    return assert_nonempty_or_free(text);
+}
 
 gboolean ov_utf8_validate(const char *text, gssize length)
 {
@@ -318,9 +340,15 @@ gboolean ov_utf8_is_all_whitespace(const char *text)
     return skip_utf8_space(text, limit) == limit;
 }
 
-GString *ov_latin1_string_new(const char *init) { return g_string_new(init); }
+GString *ov_latin1_string_new(const char *init)
+{
+    return g_string_new(init);
+}
 
-GString *ov_latin1_string_append(GString *string, const char *text) { return g_string_append(string, text); }
+GString *ov_latin1_string_append(GString *string, const char *text)
+{
+    return g_string_append(string, text);
+}
 
 GString *ov_latin1_string_append_vprintf(GString *string, const char *format, va_list args)
 {
@@ -337,11 +365,20 @@ GString *ov_latin1_string_append_printf(GString *string, const char *format, ...
     return string;
 }
 
-char *ov_latin1_string_free(GString *string, gboolean free_segment) { return g_string_free(string, free_segment); }
+char *ov_latin1_string_free(GString *string, gboolean free_segment)
+{
+    return g_string_free(string, free_segment);
+}
 
-GString *ov_utf8_string_new(const char *init) { return g_string_new(init); }
+GString *ov_utf8_string_new(const char *init)
+{
+    return g_string_new(init);
+}
 
-GString *ov_utf8_string_append(GString *string, const char *text) { return g_string_append(string, text); }
+GString *ov_utf8_string_append(GString *string, const char *text)
+{
+    return g_string_append(string, text);
+}
 
 GString *ov_utf8_string_append_vprintf(GString *string, const char *format, va_list args)
 {
@@ -358,7 +395,10 @@ GString *ov_utf8_string_append_printf(GString *string, const char *format, ...)
     return string;
 }
 
-char *ov_utf8_string_free(GString *string, gboolean free_segment) { return g_string_free(string, free_segment); }
+char *ov_utf8_string_free(GString *string, gboolean free_segment)
+{
+    return g_string_free(string, free_segment);
+}
 
 GString *ov_utf8_string_append_byte(GString *string, char byte)
 {
@@ -373,8 +413,14 @@ GString *ov_utf8_string_append_byte(GString *string, char byte)
     return g_string_append_c(string, byte);
 }
 
-void ov_latin1_strfreev(char **strings) { g_strfreev(strings); }
-void ov_utf8_strfreev(char **strings) { g_strfreev(strings); }
+void ov_latin1_strfreev(char **strings)
+{
+    g_strfreev(strings);
+}
+void ov_utf8_strfreev(char **strings)
+{
+    g_strfreev(strings);
+}
 
 gsize ov_utf16_strlen(const gunichar2 *text)
 {

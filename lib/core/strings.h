@@ -53,8 +53,7 @@ char *ov_utf8_cat_(const char *const *strings, gsize count);
 // ov_utf8_cat("a", b, nullptr_or_text, "c"): the variadic form of
 // ov_utf8_cat_; null arguments are skipped.
 template <class... Parts>
-    requires(std::convertible_to<Parts, const char *> && ...)
-char *ov_utf8_cat(Parts... parts)
+requires(std::convertible_to<Parts, const char *> &&...) char *ov_utf8_cat(Parts... parts)
 {
     if constexpr (sizeof...(Parts) == 0) {
         return g_strdup("");
@@ -82,8 +81,7 @@ char *ov_latin1_string_free(GString *string, gboolean free_segment);
 GString *ov_utf8_string_new(const char *init);
 GString *ov_utf8_string_append(GString *string, const char *text);
 GString *ov_utf8_string_append_printf(GString *string, const char *format, ...) G_GNUC_PRINTF(2, 3);
-GString *ov_utf8_string_append_vprintf(GString *string, const char *format, va_list args)
-    G_GNUC_PRINTF(2, 0);
+GString *ov_utf8_string_append_vprintf(GString *string, const char *format, va_list args) G_GNUC_PRINTF(2, 0);
 char *ov_utf8_string_free(GString *string, gboolean free_segment);
 
 // Appends one raw byte (no UTF-8 encoding); writes it directly when the

@@ -14,7 +14,8 @@
 #include <limits>
 #include <string_view>
 
-namespace {
+namespace
+{
 
 // The texts of one integer parser family, in the order of its checks.
 struct IntegerMessages {
@@ -512,8 +513,7 @@ char *ov_util_format_input_field_label_markup(const char *label, gboolean requir
     g_return_val_if_fail(label != nullptr, nullptr);
     ov::GStr escaped(g_markup_escape_text(label, -1));
     return g_strconcat(escaped.get(), ":",
-                       required ? " <span style=\"italic\" alpha=\"50%\">(Required)</span>" : "",
-                       nullptr);
+                       required ? " <span style=\"italic\" alpha=\"50%\">(Required)</span>" : "", nullptr);
 }
 
 void ov_util_let_through_gtk_events()

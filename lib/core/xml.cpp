@@ -19,7 +19,8 @@
 #include <string_view>
 #include <utility>
 
-namespace {
+namespace
+{
 
 constexpr int parser_message_line_limit = 15;
 
@@ -58,8 +59,9 @@ void collect_message(void *, const char *format, ...)
 
 // Entity substitution and external DTD loading on for one parse, the
 // previous defaults restored afterwards.
-class ParserDefaults {
-public:
+class ParserDefaults
+{
+  public:
     ParserDefaults()
         : saved_substitute_(xmlSubstituteEntitiesDefault(1)), saved_load_ext_dtd_(xmlLoadExtDtdDefaultValue)
     {
@@ -73,7 +75,7 @@ public:
         xmlLoadExtDtdDefaultValue = saved_load_ext_dtd_;
     }
 
-private:
+  private:
     int saved_substitute_;
     int saved_load_ext_dtd_;
 };
@@ -159,10 +161,12 @@ template <class Copy>
 gboolean optional_string_attribute(gchar **out, const xmlNode *node, const char *name, Copy copy)
 {
     *out = nullptr;
-    return read_optional_attribute(node, name, [] {}, [&](const xmlChar *value) {
-        *out = copy(value);
-        return *out != nullptr;
-    });
+    return read_optional_attribute(
+        node, name, [] {},
+        [&](const xmlChar *value) {
+            *out = copy(value);
+            return *out != nullptr;
+        });
 }
 
 gchar *ascii_attribute_copy(const xmlChar *value)
@@ -415,9 +419,8 @@ gboolean ov_xml_write_to_stream(xmlDoc *doc, FILE *stream, const char *encoding)
     // wrote before stays first, and every write is counted: writing to the
     // bare descriptor let a short write (a full disk) pass as success.
     constexpr auto write_all = [](void *context, const char *buffer, int length) -> int {
-        if (length > 0 &&
-            std::fwrite(buffer, 1, static_cast<size_t>(length), static_cast<FILE *>(context)) !=
-                static_cast<size_t>(length))
+        if (length > 0 && std::fwrite(buffer, 1, static_cast<size_t>(length), static_cast<FILE *>(context)) !=
+                              static_cast<size_t>(length))
             return -1;
         return length;
     };
@@ -579,22 +582,28 @@ gboolean ov_xml_get_attribute_value_as_int_in_range_with_fallback(int *out, cons
                                                                   const char *name, int minimum, int maximum,
                                                                   int fallback)
 {
-    return read_optional_attribute(node, name, [&] { *out = fallback; }, [&](const xmlChar *value) {
-        return parse_number_attribute(out, value, name, invalid_integer, [=](int *result, const char *text) {
-            return ov_util_parse_int_in_range(result, text, minimum, maximum);
+    return read_optional_attribute(
+        node, name, [&] { *out = fallback; },
+        [&](const xmlChar *value) {
+            return parse_number_attribute(
+                out, value, name, invalid_integer, [=](int *result, const char *text) {
+                    return ov_util_parse_int_in_range(result, text, minimum, maximum);
+                });
         });
-    });
 }
 
 gboolean ov_xml_get_attribute_value_as_double_in_range_with_fallback(double *out, const xmlNode *node,
                                                                      const char *name, double minimum,
                                                                      double maximum, double fallback)
 {
-    return read_optional_attribute(node, name, [&] { *out = fallback; }, [&](const xmlChar *value) {
-        return parse_number_attribute(out, value, name, invalid_double, [=](double *result, const char *text) {
-            return ov_util_parse_double_in_range(result, text, minimum, maximum);
+    return read_optional_attribute(
+        node, name, [&] { *out = fallback; },
+        [&](const xmlChar *value) {
+            return parse_number_attribute(
+                out, value, name, invalid_double, [=](double *result, const char *text) {
+                    return ov_util_parse_double_in_range(result, text, minimum, maximum);
+                });
         });
-    });
 }
 
 // ---------------------------------------------------------------------------

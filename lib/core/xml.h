@@ -121,14 +121,16 @@ gboolean ov_xml_write_string(FILE *stream, const char *latin1_text);
 // a null input.
 gchar *ov_xml_latin1_to_xml(const char *latin1_text);
 
-namespace ov {
+namespace ov
+{
 
 // Routes libxml2's generic error output into one collector for the life of
 // the object and puts the previous handler back afterwards. What it still
 // holds at the end (warnings of a successful parse) is dropped. For readers
 // that drive libxml2 themselves and must report as the parsers here do.
-class XmlMessageCollector {
-public:
+class XmlMessageCollector
+{
+  public:
     XmlMessageCollector();
     XmlMessageCollector(const XmlMessageCollector &) = delete;
     XmlMessageCollector &operator=(const XmlMessageCollector &) = delete;
@@ -138,7 +140,7 @@ public:
     // 15 lines) or "Unknown XML error.", then puts sentence on top.
     void report_failure(const char *sentence);
 
-private:
+  private:
     xmlGenericErrorFunc saved_handler_;
     void *saved_context_;
 };

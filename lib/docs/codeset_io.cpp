@@ -15,7 +15,8 @@
 #include <unordered_set>
 #include <vector>
 
-namespace {
+namespace
+{
 
 using CodesetPtr = std::unique_ptr<OvCodeset, decltype([](OvCodeset *c) { ov_codeset_destroy(c); })>;
 
@@ -46,9 +47,10 @@ bool read_remarks(OvCodeset *codeset, xmlDoc *document, xmlNode *root)
             ov_error_set("Duplicate remark codes.");
             return false;
         }
-        auto position = std::upper_bound(sorted.begin(), sorted.end(), remark, [](const OvRemark *a, const OvRemark *b) {
-            return ov_remark_compare_codes(a->code, b->code) < 0;
-        });
+        auto position =
+            std::upper_bound(sorted.begin(), sorted.end(), remark, [](const OvRemark *a, const OvRemark *b) {
+                return ov_remark_compare_codes(a->code, b->code) < 0;
+            });
         sorted.insert(position, remark);
     }
     if (sorted.empty()) {

@@ -10,9 +10,13 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace {
+namespace
+{
 
-bool has_code(const OvRemark *remark) { return remark->code != nullptr && remark->code[0] != '\0'; }
+bool has_code(const OvRemark *remark)
+{
+    return remark->code != nullptr && remark->code[0] != '\0';
+}
 
 const OvRemark *first_remark_with_code(const OvRemarkList *list, const char *code)
 {
@@ -39,7 +43,10 @@ FirstByCode index_first_by_code(const OvRemarkList *list)
 
 // Remarks
 
-OvRemark *ov_remark_new() { return new OvRemark{}; }
+OvRemark *ov_remark_new()
+{
+    return new OvRemark{};
+}
 
 OvRemark *ov_remark_clone(const OvRemark *remark)
 {
@@ -75,8 +82,8 @@ int ov_remark_get_index(const OvRemark *remark)
 int ov_remark_compare_codes(const char *a, const char *b)
 {
     // Each test runs only when the looser one before it found a tie.
-    constexpr int (*cascade[])(const char *, const char *) = {
-        strnatzerocasecmp, strnatcasecmp, strnatzerocmp, strnatcmp, g_strcmp0};
+    constexpr int (*cascade[])(const char *, const char *) = {strnatzerocasecmp, strnatcasecmp, strnatzerocmp,
+                                                              strnatcmp, g_strcmp0};
     for (auto compare : cascade) {
         int result = compare(a, b);
         if (result != 0)
@@ -148,8 +155,7 @@ OvRemark *ov_remark_list_get_remark_for_code(const OvRemarkList *list, const cha
     return const_cast<OvRemark *>(first_remark_with_code(list, code));
 }
 
-gboolean ov_remark_list_has_remark(const OvRemarkList *list, const char *code,
-                                   const langstr *description)
+gboolean ov_remark_list_has_remark(const OvRemarkList *list, const char *code, const langstr *description)
 {
     g_return_val_if_fail(list != nullptr && code != nullptr, FALSE);
     const OvRemark *remark = first_remark_with_code(list, code);
@@ -210,8 +216,9 @@ gboolean ov_remark_list_remarks_are_mergeable(const OvRemarkList *list, const Ov
 void ov_remark_list_merge_remark(OvRemarkList *list, const OvRemark *remark)
 {
     g_return_if_fail(list != nullptr && remark != nullptr);
-    OvRemark *existing =
-        remark->code != nullptr ? const_cast<OvRemark *>(first_remark_with_code(list, remark->code)) : nullptr;
+    OvRemark *existing = remark->code != nullptr
+                             ? const_cast<OvRemark *>(first_remark_with_code(list, remark->code))
+                             : nullptr;
     if (existing != nullptr)
         ov_langstr_merge(&existing->description, remark->description);
     else

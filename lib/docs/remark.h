@@ -12,14 +12,15 @@
 #include "lang/langstr.h"
 
 struct OvRemark {
-    char *code;            // Latin-1, owned; compacted and never empty when read
-    langstr *description;  // owned
+    char *code;           // Latin-1, owned; compacted and never empty when read
+    langstr *description; // owned
     OvRemark *previous;
     OvRemark *next;
 };
 
 // Head and tail sentinel remarks; iterate with `for (OvRemark *r : *list)`.
-struct OvRemarkList : ov::SentinelList<OvRemark> {};
+struct OvRemarkList : ov::SentinelList<OvRemark> {
+};
 
 // Remarks.
 OvRemark *ov_remark_new();
@@ -53,8 +54,7 @@ void ov_remark_list_copy_remarks(OvRemarkList *destination, const OvRemarkList *
 OvRemark *ov_remark_list_get_remark_for_code(const OvRemarkList *list, const char *code);
 // TRUE when the first remark with code has a description identical to
 // description.
-gboolean ov_remark_list_has_remark(const OvRemarkList *list, const char *code,
-                                   const langstr *description);
+gboolean ov_remark_list_has_remark(const OvRemarkList *list, const char *code, const langstr *description);
 gboolean ov_remark_list_is_empty(const OvRemarkList *list);
 // TRUE when every remark of a has, among the remarks of b with its code, one
 // whose description holds all of its translations.

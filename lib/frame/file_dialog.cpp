@@ -6,7 +6,8 @@
 
 #include <gtk/gtk.h>
 
-namespace {
+namespace
+{
 
 // Folder paths (UTF-8) by the key of a list of file kinds.
 GHashTable *remembered_folders = nullptr;
@@ -24,7 +25,8 @@ struct ChooserRequest {
 
 GtkFileFilter *filter_for_kind(OvFileType type, GtkFileFilter *filter)
 {
-    if (const char *media_type = ov_file_type_get_media_type(type); media_type != nullptr && *media_type != '\0')
+    if (const char *media_type = ov_file_type_get_media_type(type);
+        media_type != nullptr && *media_type != '\0')
         gtk_file_filter_add_mime_type(filter, media_type);
     gtk_file_filter_add_pattern(filter, ov_file_type_get_default_file_name_extension_wildcard_pattern(type));
     if (const char *pattern = ov_file_type_get_alternative_file_name_extension_wildcard_pattern(type))
@@ -82,7 +84,8 @@ GSList *run_chooser(const ChooserRequest &request)
     const char *accept = request.chooser == Chooser::SAVE     ? "_Save"
                          : request.chooser == Chooser::FOLDER ? "_OK"
                                                               : "_Open";
-    GtkFileChooserNative *native = gtk_file_chooser_native_new(request.title, parent, action, accept, "_Cancel");
+    GtkFileChooserNative *native =
+        gtk_file_chooser_native_new(request.title, parent, action, accept, "_Cancel");
     GtkFileChooser *chooser = GTK_FILE_CHOOSER(native);
     gtk_native_dialog_set_modal(GTK_NATIVE_DIALOG(native), TRUE);
 
@@ -98,11 +101,11 @@ GSList *run_chooser(const ChooserRequest &request)
         ov::GStr untitled;
         const char *name = request.suggested_name;
         if (name == nullptr) {
-            untitled.reset(g_strconcat("untitled",
-                                       request.count > 0
-                                           ? ov_file_type_get_default_file_name_extension_with_period(request.types[0])
-                                           : "",
-                                       nullptr));
+            untitled.reset(g_strconcat(
+                "untitled",
+                request.count > 0 ? ov_file_type_get_default_file_name_extension_with_period(request.types[0])
+                                  : "",
+                nullptr));
             name = untitled.get();
         }
         gtk_file_chooser_set_current_name(chooser, name);

@@ -7,7 +7,8 @@
 
 #include <cstdarg>
 
-namespace {
+namespace
+{
 
 struct MessageKind {
     const char *title;
@@ -20,7 +21,8 @@ constexpr MessageKind error_kind{"Error", "dialog-error", GTK_BUTTONS_CLOSE};
 constexpr MessageKind warning_kind{"Warning", "dialog-warning", GTK_BUTTONS_CLOSE};
 constexpr MessageKind question_kind{"Question", "dialog-question", GTK_BUTTONS_NONE};
 
-GtkWidget *build_message_box(const char *title, const char *icon_name, GtkButtonsType buttons, const char *text)
+GtkWidget *build_message_box(const char *title, const char *icon_name, GtkButtonsType buttons,
+                             const char *text)
 {
     GtkWidget *dialog = ov_gui_create_dialog(title, buttons);
     GtkBox *content = GTK_BOX(gtk_dialog_get_content_area(GTK_DIALOG(dialog)));
@@ -69,10 +71,22 @@ int ov_message_run_and_destroy_dialog(GtkWidget *dialog)
     return response;
 }
 
-void ov_message_show(const char *text) { show(information_kind, text); }
-void ov_message_show_warning(const char *text) { show(warning_kind, text); }
-void ov_message_show_error(const char *text) { show(error_kind, text); }
-void ov_message_show_unknown_error() { show(error_kind, ov_error_message_unknown); }
+void ov_message_show(const char *text)
+{
+    show(information_kind, text);
+}
+void ov_message_show_warning(const char *text)
+{
+    show(warning_kind, text);
+}
+void ov_message_show_error(const char *text)
+{
+    show(error_kind, text);
+}
+void ov_message_show_unknown_error()
+{
+    show(error_kind, ov_error_message_unknown);
+}
 
 void ov_message_show_utf8_printf(const char *format, ...)
 {

@@ -14,18 +14,19 @@
 #include <cstring>
 #include <string_view>
 
-namespace {
+namespace
+{
 
 constexpr const char *settings_file_name = "settings.xml";
 
-constexpr std::array<const char *, 4> identifier_setting_texts = {
-    "None", "Object ID", "Inventory ID", "Inventory ID or Object ID"};
+constexpr std::array<const char *, 4> identifier_setting_texts = {"None", "Object ID", "Inventory ID",
+                                                                  "Inventory ID or Object ID"};
 constexpr std::array<const char *, 2> orientation_texts = {"Portrait", "Landscape"};
 // Filter levels start at 1.
 constexpr std::array<const char *, 3> codeset_filter_level_texts = {
     "From all codesets", "From primary codeset only", "From no codeset"};
-constexpr std::array<const char *, 3> mark_filter_level_texts = {
-    "From all views", "From this view only", "From no view"};
+constexpr std::array<const char *, 3> mark_filter_level_texts = {"From all views", "From this view only",
+                                                                 "From no view"};
 
 // The printing module is not part of this program; these are the paper
 // sizes its printouts know, by the names the settings file uses.
@@ -343,7 +344,8 @@ bool save_group(xmlNode *root, guint bit)
     }
     case OV_SETTINGS_DEFAULT_MARK_ID_STYLE: {
         xmlNode *group = find_or_add_group(root, "default-mark-id-style");
-        return group != nullptr && ov_xml_set_attribute_to_int(group, "style", settings->default_mark_id_style);
+        return group != nullptr &&
+               ov_xml_set_attribute_to_int(group, "style", settings->default_mark_id_style);
     }
     case OV_SETTINGS_DEFAULT_PRINTOUT_SETTINGS: {
         xmlNode *group = find_or_add_group(root, "default-printout-settings");
@@ -356,7 +358,8 @@ bool save_group(xmlNode *root, guint bit)
     }
     case OV_SETTINGS_LAST_USED_LAYOUT: {
         xmlNode *group = find_or_add_group(root, "last-used-layout");
-        return group != nullptr && set_text(group, "filename", settings->last_used_legacy_layout_file_name.get());
+        return group != nullptr &&
+               set_text(group, "filename", settings->last_used_legacy_layout_file_name.get());
     }
     case OV_SETTINGS_LAST_USED_PAPER: {
         xmlNode *group = find_or_add_group(root, "last-used-paper");
@@ -379,7 +382,10 @@ bool save_group(xmlNode *root, guint bit)
     }
 }
 
-void set_string(ov::GStr &field, const char *value) { field = ov::gstr(g_strdup(value != nullptr ? value : "")); }
+void set_string(ov::GStr &field, const char *value)
+{
+    field = ov::gstr(g_strdup(value != nullptr ? value : ""));
+}
 
 } // namespace
 
@@ -390,18 +396,30 @@ const char *ov_settings_get_identifier_setting_text(int setting)
     return text_at(identifier_setting_texts, setting, 0);
 }
 
-const char *ov_settings_get_orientation_text(int orientation) { return text_at(orientation_texts, orientation, 0); }
+const char *ov_settings_get_orientation_text(int orientation)
+{
+    return text_at(orientation_texts, orientation, 0);
+}
 
 const char *ov_settings_get_codeset_filter_level_text(int level)
 {
     return text_at(codeset_filter_level_texts, level, 1);
 }
 
-const char *ov_settings_get_mark_filter_level_text(int level) { return text_at(mark_filter_level_texts, level, 1); }
+const char *ov_settings_get_mark_filter_level_text(int level)
+{
+    return text_at(mark_filter_level_texts, level, 1);
+}
 
-int ov_settings_get_paper_count() { return static_cast<int>(paper_names.size()); }
+int ov_settings_get_paper_count()
+{
+    return static_cast<int>(paper_names.size());
+}
 
-const char *ov_settings_get_paper_name(int index) { return text_at(paper_names, index, 0); }
+const char *ov_settings_get_paper_name(int index)
+{
+    return text_at(paper_names, index, 0);
+}
 
 int ov_settings_find_paper_index(const char *name)
 {
@@ -409,7 +427,10 @@ int ov_settings_find_paper_index(const char *name)
     return find_text(paper_names, name, 0);
 }
 
-int ov_settings_get_default_paper_index() { return default_paper_index; }
+int ov_settings_get_default_paper_index()
+{
+    return default_paper_index;
+}
 
 // Life cycle
 
@@ -422,7 +443,8 @@ gboolean ov_settings_init()
     }
     ov_settings_clean_up();
     settings = new Settings;
-    settings->settings_file_path = ov::gstr(ov_fs_utils_create_path_in_folder(workspace, settings_file_name, nullptr));
+    settings->settings_file_path =
+        ov::gstr(ov_fs_utils_create_path_in_folder(workspace, settings_file_name, nullptr));
     return TRUE;
 }
 
@@ -592,16 +614,16 @@ void ov_settings_set_default_printout_settings_paper_orientation(int orientation
     settings->printout.paper_orientation = orientation;
 }
 
-#define OV_SETTINGS_PRINTOUT_BOOLEAN(field)                                                        \
-    gboolean ov_settings_get_default_printout_settings_##field()                                   \
-    {                                                                                              \
-        OV_SETTINGS_CHECK(FALSE);                                                                  \
-        return settings->printout.field;                                                           \
-    }                                                                                              \
-    void ov_settings_set_default_printout_settings_##field(gboolean value)                         \
-    {                                                                                              \
-        OV_SETTINGS_CHECK_VOID();                                                                  \
-        settings->printout.field = value != FALSE;                                                 \
+#define OV_SETTINGS_PRINTOUT_BOOLEAN(field)                                                                  \
+    gboolean ov_settings_get_default_printout_settings_##field()                                             \
+    {                                                                                                        \
+        OV_SETTINGS_CHECK(FALSE);                                                                            \
+        return settings->printout.field;                                                                     \
+    }                                                                                                        \
+    void ov_settings_set_default_printout_settings_##field(gboolean value)                                   \
+    {                                                                                                        \
+        OV_SETTINGS_CHECK_VOID();                                                                            \
+        settings->printout.field = value != FALSE;                                                           \
     }
 
 OV_SETTINGS_PRINTOUT_BOOLEAN(details_on_text_page)
@@ -611,17 +633,17 @@ OV_SETTINGS_PRINTOUT_BOOLEAN(legend_on_view_pages)
 OV_SETTINGS_PRINTOUT_BOOLEAN(show_page_numbers)
 OV_SETTINGS_PRINTOUT_BOOLEAN(show_report_type)
 
-#define OV_SETTINGS_PRINTOUT_LEVEL(field, texts)                                                   \
-    int ov_settings_get_default_printout_settings_##field()                                        \
-    {                                                                                              \
-        OV_SETTINGS_CHECK(OV_SETTINGS_FILTER_ALL);                                                 \
-        return settings->printout.field;                                                           \
-    }                                                                                              \
-    void ov_settings_set_default_printout_settings_##field(int level)                              \
-    {                                                                                              \
-        OV_SETTINGS_CHECK_VOID();                                                                  \
-        g_return_if_fail(text_at(texts, level, 1) != nullptr);                                     \
-        settings->printout.field = level;                                                          \
+#define OV_SETTINGS_PRINTOUT_LEVEL(field, texts)                                                             \
+    int ov_settings_get_default_printout_settings_##field()                                                  \
+    {                                                                                                        \
+        OV_SETTINGS_CHECK(OV_SETTINGS_FILTER_ALL);                                                           \
+        return settings->printout.field;                                                                     \
+    }                                                                                                        \
+    void ov_settings_set_default_printout_settings_##field(int level)                                        \
+    {                                                                                                        \
+        OV_SETTINGS_CHECK_VOID();                                                                            \
+        g_return_if_fail(text_at(texts, level, 1) != nullptr);                                               \
+        settings->printout.field = level;                                                                    \
     }
 
 OV_SETTINGS_PRINTOUT_LEVEL(text_page_legend_codeset_filter_level, codeset_filter_level_texts)

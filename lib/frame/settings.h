@@ -14,16 +14,16 @@
 
 // One bit per element of "settings.xml".
 enum : guint {
-    OV_SETTINGS_ARCHIVE = 1,                     // "archive"
-    OV_SETTINGS_AUTOMATICALLY_PLACE_ID = 2,      // "automatically-place-id"
-    OV_SETTINGS_DEFAULT_MARK_ID_STYLE = 4,       // "default-mark-id-style"
-    OV_SETTINGS_DEFAULT_PRINTOUT_SETTINGS = 8,   // "default-printout-settings"
-    OV_SETTINGS_EXPORT = 16,                     // "export"
-    OV_SETTINGS_LAST_USED_LAYOUT = 32,           // "last-used-layout"
-    OV_SETTINGS_LAST_USED_PAPER = 64,            // "last-used-paper"
-    OV_SETTINGS_LEFT_HANDED = 128,               // "left-handed"
-    OV_SETTINGS_RECENT_CUSTOM_REMARKS = 256,     // "recent-custom-remarks"
-    OV_SETTINGS_REMEMBER_TOOL_CHOICE = 512,      // "remember-tool-choice"
+    OV_SETTINGS_ARCHIVE = 1,                   // "archive"
+    OV_SETTINGS_AUTOMATICALLY_PLACE_ID = 2,    // "automatically-place-id"
+    OV_SETTINGS_DEFAULT_MARK_ID_STYLE = 4,     // "default-mark-id-style"
+    OV_SETTINGS_DEFAULT_PRINTOUT_SETTINGS = 8, // "default-printout-settings"
+    OV_SETTINGS_EXPORT = 16,                   // "export"
+    OV_SETTINGS_LAST_USED_LAYOUT = 32,         // "last-used-layout"
+    OV_SETTINGS_LAST_USED_PAPER = 64,          // "last-used-paper"
+    OV_SETTINGS_LEFT_HANDED = 128,             // "left-handed"
+    OV_SETTINGS_RECENT_CUSTOM_REMARKS = 256,   // "recent-custom-remarks"
+    OV_SETTINGS_REMEMBER_TOOL_CHOICE = 512,    // "remember-tool-choice"
     OV_SETTINGS_ALL = 1023,
 };
 

@@ -9,7 +9,8 @@
 #include <algorithm>
 #include <vector>
 
-namespace {
+namespace
+{
 
 struct BusyRecord {
     GtkWidget *busy_window = nullptr;
@@ -164,8 +165,8 @@ gboolean on_focus_out(GtkWidget *, GdkEventFocus *, gpointer)
     auto *id_box = g_new0(guint, 1);
     guint id = g_idle_add_full(
         focus_priority,
-        [](gpointer box) -> gboolean { return focus_idle(GUINT_TO_POINTER(*static_cast<guint *>(box))); }, id_box,
-        g_free);
+        [](gpointer box) -> gboolean { return focus_idle(GUINT_TO_POINTER(*static_cast<guint *>(box))); },
+        id_box, g_free);
     *id_box = id;
     stack->focus_sources.push_back(id);
     return FALSE;
@@ -193,7 +194,8 @@ Node *link_node(GtkWindow *window, BusyRecord *busy)
     if (window != nullptr) {
         g_object_add_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer *>(&node->window));
         node->focus_in_handler = g_signal_connect(window, "focus-in-event", G_CALLBACK(on_focus_in), nullptr);
-        node->focus_out_handler = g_signal_connect(window, "focus-out-event", G_CALLBACK(on_focus_out), nullptr);
+        node->focus_out_handler =
+            g_signal_connect(window, "focus-out-event", G_CALLBACK(on_focus_out), nullptr);
     }
     return node;
 }
@@ -424,7 +426,8 @@ void ov_window_stack_set_focus_callback(OvWindowStackFocusCallback callback, gpo
     stack->focus_callback_data = data;
 }
 
-namespace {
+namespace
+{
 
 struct RunState {
     GMainLoop *loop;

@@ -18,7 +18,8 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace {
+namespace
+{
 
 constexpr const char *pointer_folder_name = "orvane";
 constexpr const char *pointer_file_name = "orvane.xml";
@@ -48,12 +49,13 @@ ov::GStr install_folder_override;
 
 // Keeps the error text of a failure while cleaning up after it, since the
 // clean-up may set texts of its own.
-class ErrorKeeper {
-public:
+class ErrorKeeper
+{
+  public:
     ErrorKeeper() : text_(g_strdup(ov_error_get())) {}
     ~ErrorKeeper() { ov_error_set(text_.get()); }
 
-private:
+  private:
     ov::GStr text_;
 };
 
@@ -62,7 +64,10 @@ ov::GStr path_in(const char *folder, const char *name)
     return ov::gstr(ov_fs_utils_create_path_in_folder(folder, name, nullptr));
 }
 
-bool get_info(const char *path, OvFileInfo *info) { return ov_fs_utils_get_info(path, info); }
+bool get_info(const char *path, OvFileInfo *info)
+{
+    return ov_fs_utils_get_info(path, info);
+}
 
 // Deletes the regular files of a folder (not its subfolders) and then the
 // folder itself; stops at the first failure.
@@ -474,24 +479,21 @@ const char *ov_workspace_get_workspace_folder_path()
 
 // Object files
 
-void ov_workspace_set_object_file_added_callback(OvWorkspaceObjectFileCallback callback,
-                                                 gpointer data)
+void ov_workspace_set_object_file_added_callback(OvWorkspaceObjectFileCallback callback, gpointer data)
 {
     g_return_if_fail(state != nullptr);
     state->added = callback;
     state->added_data = data;
 }
 
-void ov_workspace_set_object_file_changed_callback(OvWorkspaceObjectFileCallback callback,
-                                                   gpointer data)
+void ov_workspace_set_object_file_changed_callback(OvWorkspaceObjectFileCallback callback, gpointer data)
 {
     g_return_if_fail(state != nullptr);
     state->changed = callback;
     state->changed_data = data;
 }
 
-void ov_workspace_set_object_file_removed_callback(OvWorkspaceObjectFileCallback callback,
-                                                   gpointer data)
+void ov_workspace_set_object_file_removed_callback(OvWorkspaceObjectFileCallback callback, gpointer data)
 {
     g_return_if_fail(state != nullptr);
     state->removed = callback;
@@ -502,7 +504,8 @@ gboolean ov_workspace_refresh()
 {
     g_return_val_if_fail(state != nullptr, FALSE);
     const guint64 generation = ++state->generation;
-    const char *extension = ov_file_type_get_default_file_name_extension_with_period(OV_FILE_TYPE_OBJECT_FILE);
+    const char *extension =
+        ov_file_type_get_default_file_name_extension_with_period(OV_FILE_TYPE_OBJECT_FILE);
     const size_t extension_length = strlen(extension);
     const char *documents = state->object_files_folder_path.get();
 
@@ -522,7 +525,8 @@ gboolean ov_workspace_refresh()
             object_file = found->second;
             unseen.erase(found);
         } else {
-            object_id = ov::gstr(ov_convert_fat_safe_file_name_format_to_object_id(name.get(), length - extension_length));
+            object_id = ov::gstr(
+                ov_convert_fat_safe_file_name_format_to_object_id(name.get(), length - extension_length));
             if (!object_id)
                 return true;
         }

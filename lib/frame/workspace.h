@@ -78,12 +78,9 @@ void ov_workspace_upgrade_layouts(const char *replaced_standard_md5sum, const Ov
 // Rescans the documents folder and tells the observers what was added,
 // changed and removed.
 gboolean ov_workspace_refresh();
-void ov_workspace_set_object_file_added_callback(OvWorkspaceObjectFileCallback callback,
-                                                 gpointer data);
-void ov_workspace_set_object_file_changed_callback(OvWorkspaceObjectFileCallback callback,
-                                                   gpointer data);
-void ov_workspace_set_object_file_removed_callback(OvWorkspaceObjectFileCallback callback,
-                                                   gpointer data);
+void ov_workspace_set_object_file_added_callback(OvWorkspaceObjectFileCallback callback, gpointer data);
+void ov_workspace_set_object_file_changed_callback(OvWorkspaceObjectFileCallback callback, gpointer data);
+void ov_workspace_set_object_file_removed_callback(OvWorkspaceObjectFileCallback callback, gpointer data);
 
 // TRUE if the documents folder holds a file for the object.
 gboolean ov_workspace_get_object_file_status(const char *object_id);

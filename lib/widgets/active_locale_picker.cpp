@@ -10,7 +10,8 @@ struct _OvActiveLocalePicker {
 
 G_DEFINE_TYPE(OvActiveLocalePicker, ov_active_locale_picker, OV_TYPE_LOCALE_PICKER)
 
-namespace {
+namespace
+{
 
 void follow_active_locale(gpointer picker)
 {

@@ -10,7 +10,8 @@ struct _OvDropdownPanel {
 
 G_DEFINE_TYPE(OvDropdownPanel, ov_dropdown_panel, GTK_TYPE_WINDOW)
 
-namespace {
+namespace
+{
 
 GdkSeat *default_seat(GtkWidget *widget)
 {
@@ -108,8 +109,9 @@ void ov_dropdown_panel_open(OvDropdownPanel *panel)
     gtk_widget_show(widget);
     gtk_window_move(GTK_WINDOW(panel), x, y);
 
-    GdkGrabStatus status = gdk_seat_grab(seat, gtk_widget_get_window(widget), GDK_SEAT_CAPABILITY_ALL_POINTING,
-                                         TRUE, nullptr, nullptr, nullptr, nullptr);
+    GdkGrabStatus status =
+        gdk_seat_grab(seat, gtk_widget_get_window(widget), GDK_SEAT_CAPABILITY_ALL_POINTING, TRUE, nullptr,
+                      nullptr, nullptr, nullptr);
     if (status != GDK_GRAB_SUCCESS) {
         ov_message_show_error("Internal error 7834");
         gtk_widget_destroy(widget);

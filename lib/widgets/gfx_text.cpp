@@ -1,6 +1,7 @@
 #include "widgets/gfx_text.h"
 
-namespace {
+namespace
+{
 
 struct Rect {
     int x, y, width, height;

@@ -6,7 +6,8 @@
 #include "widgets/spacifying_entry.h"
 #include "widgets/spacifying_text_view.h"
 
-namespace {
+namespace
+{
 
 constexpr int default_margin = 8;
 constexpr const char *version_text = " 3.3.0";
@@ -128,14 +129,16 @@ void ov_gui_disable_emojis_in_entry(GtkEntry *entry)
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(entry), "show-emoji-icon") != nullptr)
         g_object_set(entry, "show-emoji-icon", FALSE, nullptr);
     GtkInputHints hints = gtk_entry_get_input_hints(entry);
-    gtk_entry_set_input_hints(entry, GtkInputHints((hints & ~GTK_INPUT_HINT_EMOJI) | GTK_INPUT_HINT_NO_EMOJI));
+    gtk_entry_set_input_hints(entry,
+                              GtkInputHints((hints & ~GTK_INPUT_HINT_EMOJI) | GTK_INPUT_HINT_NO_EMOJI));
 }
 
 void ov_gui_disable_emojis_in_text_view(GtkTextView *view)
 {
     g_return_if_fail(GTK_IS_TEXT_VIEW(view));
     GtkInputHints hints = gtk_text_view_get_input_hints(view);
-    gtk_text_view_set_input_hints(view, GtkInputHints((hints & ~GTK_INPUT_HINT_EMOJI) | GTK_INPUT_HINT_NO_EMOJI));
+    gtk_text_view_set_input_hints(view,
+                                  GtkInputHints((hints & ~GTK_INPUT_HINT_EMOJI) | GTK_INPUT_HINT_NO_EMOJI));
 }
 
 char *ov_gui_generate_main_window_title(const char *app_name, const char *document_name, gboolean modified)
@@ -201,10 +204,22 @@ GtkWidget *ov_gui_create_box(GtkOrientation orientation, gboolean spacing)
     return shown(gtk_box_new(orientation, spacing ? default_margin : 0));
 }
 
-GtkWidget *ov_gui_create_hbox(gboolean spacing) { return ov_gui_create_box(GTK_ORIENTATION_HORIZONTAL, spacing); }
-GtkWidget *ov_gui_create_vbox(gboolean spacing) { return ov_gui_create_box(GTK_ORIENTATION_VERTICAL, spacing); }
-GtkWidget *ov_gui_add_hbox(GtkContainer *c, gboolean spacing) { return added(c, ov_gui_create_hbox(spacing)); }
-GtkWidget *ov_gui_add_vbox(GtkContainer *c, gboolean spacing) { return added(c, ov_gui_create_vbox(spacing)); }
+GtkWidget *ov_gui_create_hbox(gboolean spacing)
+{
+    return ov_gui_create_box(GTK_ORIENTATION_HORIZONTAL, spacing);
+}
+GtkWidget *ov_gui_create_vbox(gboolean spacing)
+{
+    return ov_gui_create_box(GTK_ORIENTATION_VERTICAL, spacing);
+}
+GtkWidget *ov_gui_add_hbox(GtkContainer *c, gboolean spacing)
+{
+    return added(c, ov_gui_create_hbox(spacing));
+}
+GtkWidget *ov_gui_add_vbox(GtkContainer *c, gboolean spacing)
+{
+    return added(c, ov_gui_create_vbox(spacing));
+}
 GtkWidget *ov_gui_pack_hbox(GtkBox *box, gboolean expand, gboolean spacing)
 {
     return packed(box, ov_gui_create_hbox(spacing), expand);
@@ -301,8 +316,8 @@ GtkWidget *ov_gui_pack_label(GtkBox *box, const char *text, float x_align, float
     return packed(box, ov_gui_create_label(text, x_align, y_align), FALSE);
 }
 
-GtkWidget *ov_gui_attach_label(GtkGrid *grid, const char *text, float x_align, float y_align, int left, int top,
-                               int width, int height)
+GtkWidget *ov_gui_attach_label(GtkGrid *grid, const char *text, float x_align, float y_align, int left,
+                               int top, int width, int height)
 {
     return attached(grid, ov_gui_create_label(text, x_align, y_align), left, top, width, height);
 }
@@ -320,8 +335,8 @@ GtkWidget *ov_gui_pack_markup_label(GtkBox *box, const char *markup, float x_ali
     return packed(box, ov_gui_create_markup_label(markup, x_align, y_align), FALSE);
 }
 
-GtkWidget *ov_gui_attach_markup_label(GtkGrid *grid, const char *markup, float x_align, float y_align, int left,
-                                      int top, int width, int height)
+GtkWidget *ov_gui_attach_markup_label(GtkGrid *grid, const char *markup, float x_align, float y_align,
+                                      int left, int top, int width, int height)
 {
     return attached(grid, ov_gui_create_markup_label(markup, x_align, y_align), left, top, width, height);
 }
@@ -350,7 +365,10 @@ GtkWidget *ov_gui_create_button(const char *label)
     return shown(label != nullptr ? gtk_button_new_with_label(label) : gtk_button_new());
 }
 
-GtkWidget *ov_gui_add_button(GtkContainer *c, const char *label) { return added(c, ov_gui_create_button(label)); }
+GtkWidget *ov_gui_add_button(GtkContainer *c, const char *label)
+{
+    return added(c, ov_gui_create_button(label));
+}
 
 GtkWidget *ov_gui_pack_button(GtkBox *box, const char *label, gboolean is_default)
 {
@@ -482,10 +500,17 @@ GtkWidget *ov_gui_create_text_view()
     return shown(view);
 }
 
-GtkWidget *ov_gui_add_text_view(GtkContainer *c) { return added(c, ov_gui_create_text_view()); }
-GtkWidget *ov_gui_pack_text_view(GtkBox *box, gboolean expand) { return packed(box, ov_gui_create_text_view(), expand); }
+GtkWidget *ov_gui_add_text_view(GtkContainer *c)
+{
+    return added(c, ov_gui_create_text_view());
+}
+GtkWidget *ov_gui_pack_text_view(GtkBox *box, gboolean expand)
+{
+    return packed(box, ov_gui_create_text_view(), expand);
+}
 
-GtkWidget *ov_gui_create_spacifying_entry(gboolean compact, const char *latin1_text, gboolean activates_default)
+GtkWidget *ov_gui_create_spacifying_entry(gboolean compact, const char *latin1_text,
+                                          gboolean activates_default)
 {
     GtkWidget *entry = ov_spacifying_entry_new(compact);
     if (latin1_text != nullptr)
@@ -494,14 +519,15 @@ GtkWidget *ov_gui_create_spacifying_entry(gboolean compact, const char *latin1_t
     return shown(entry);
 }
 
-GtkWidget *ov_gui_pack_spacifying_entry(GtkBox *box, gboolean expand, gboolean compact, const char *latin1_text,
-                                        gboolean activates_default)
+GtkWidget *ov_gui_pack_spacifying_entry(GtkBox *box, gboolean expand, gboolean compact,
+                                        const char *latin1_text, gboolean activates_default)
 {
     return packed(box, ov_gui_create_spacifying_entry(compact, latin1_text, activates_default), expand);
 }
 
 GtkWidget *ov_gui_attach_spacifying_entry(GtkGrid *grid, gboolean compact, const char *latin1_text,
-                                          gboolean activates_default, int left, int top, int width, int height)
+                                          gboolean activates_default, int left, int top, int width,
+                                          int height)
 {
     return attached(grid, ov_gui_create_spacifying_entry(compact, latin1_text, activates_default), left, top,
                     width, height);
@@ -522,7 +548,10 @@ GtkWidget *ov_gui_add_spacifying_text_view(GtkContainer *c, const char *latin1_t
 
 // Combo boxes.
 
-GtkWidget *ov_gui_create_combo_box_text() { return shown(gtk_combo_box_text_new()); }
+GtkWidget *ov_gui_create_combo_box_text()
+{
+    return shown(gtk_combo_box_text_new());
+}
 GtkWidget *ov_gui_pack_combo_box_text(GtkBox *box, gboolean expand)
 {
     return packed(box, ov_gui_create_combo_box_text(), expand);
@@ -556,8 +585,14 @@ GtkWidget *ov_gui_pack_scrolled_window(GtkBox *box, gboolean expand, GtkPolicyTy
 
 // Frames.
 
-GtkWidget *ov_gui_create_frame(const char *label) { return shown(gtk_frame_new(label)); }
-GtkWidget *ov_gui_add_frame(GtkContainer *c, const char *label) { return added(c, ov_gui_create_frame(label)); }
+GtkWidget *ov_gui_create_frame(const char *label)
+{
+    return shown(gtk_frame_new(label));
+}
+GtkWidget *ov_gui_add_frame(GtkContainer *c, const char *label)
+{
+    return added(c, ov_gui_create_frame(label));
+}
 GtkWidget *ov_gui_pack_frame(GtkBox *box, gboolean expand, const char *label)
 {
     return packed(box, ov_gui_create_frame(label), expand);
@@ -611,7 +646,10 @@ GtkWidget *ov_gui_create_grid(gboolean spacing)
     return shown(grid);
 }
 
-GtkWidget *ov_gui_add_grid(GtkContainer *c, gboolean spacing) { return added(c, ov_gui_create_grid(spacing)); }
+GtkWidget *ov_gui_add_grid(GtkContainer *c, gboolean spacing)
+{
+    return added(c, ov_gui_create_grid(spacing));
+}
 GtkWidget *ov_gui_pack_grid(GtkBox *box, gboolean expand, gboolean spacing)
 {
     return packed(box, ov_gui_create_grid(spacing), expand);
@@ -619,16 +657,34 @@ GtkWidget *ov_gui_pack_grid(GtkBox *box, gboolean expand, gboolean spacing)
 
 // Containers of other kinds.
 
-GtkWidget *ov_gui_create_notebook() { return shown(gtk_notebook_new()); }
-GtkWidget *ov_gui_add_notebook(GtkContainer *c) { return added(c, ov_gui_create_notebook()); }
-GtkWidget *ov_gui_pack_notebook(GtkBox *box, gboolean expand) { return packed(box, ov_gui_create_notebook(), expand); }
-GtkWidget *ov_gui_create_paned(GtkOrientation orientation) { return shown(gtk_paned_new(orientation)); }
+GtkWidget *ov_gui_create_notebook()
+{
+    return shown(gtk_notebook_new());
+}
+GtkWidget *ov_gui_add_notebook(GtkContainer *c)
+{
+    return added(c, ov_gui_create_notebook());
+}
+GtkWidget *ov_gui_pack_notebook(GtkBox *box, gboolean expand)
+{
+    return packed(box, ov_gui_create_notebook(), expand);
+}
+GtkWidget *ov_gui_create_paned(GtkOrientation orientation)
+{
+    return shown(gtk_paned_new(orientation));
+}
 GtkWidget *ov_gui_pack_paned(GtkBox *box, gboolean expand, GtkOrientation orientation)
 {
     return packed(box, ov_gui_create_paned(orientation), expand);
 }
-GtkWidget *ov_gui_create_stack() { return shown(gtk_stack_new()); }
-GtkWidget *ov_gui_pack_stack(GtkBox *box, gboolean expand) { return packed(box, ov_gui_create_stack(), expand); }
+GtkWidget *ov_gui_create_stack()
+{
+    return shown(gtk_stack_new());
+}
+GtkWidget *ov_gui_pack_stack(GtkBox *box, gboolean expand)
+{
+    return packed(box, ov_gui_create_stack(), expand);
+}
 GtkWidget *ov_gui_create_stack_sidebar(GtkStack *stack)
 {
     GtkWidget *sidebar = gtk_stack_sidebar_new();
@@ -640,12 +696,30 @@ GtkWidget *ov_gui_pack_stack_sidebar(GtkBox *box, gboolean expand, GtkStack *sta
 {
     return packed(box, ov_gui_create_stack_sidebar(stack), expand);
 }
-GtkWidget *ov_gui_create_overlay() { return shown(gtk_overlay_new()); }
-GtkWidget *ov_gui_add_overlay(GtkContainer *c) { return added(c, ov_gui_create_overlay()); }
-GtkWidget *ov_gui_pack_overlay(GtkBox *box, gboolean expand) { return packed(box, ov_gui_create_overlay(), expand); }
-GtkWidget *ov_gui_create_event_box() { return shown(gtk_event_box_new()); }
-GtkWidget *ov_gui_add_event_box(GtkContainer *c) { return added(c, ov_gui_create_event_box()); }
-GtkWidget *ov_gui_pack_event_box(GtkBox *box, gboolean expand) { return packed(box, ov_gui_create_event_box(), expand); }
+GtkWidget *ov_gui_create_overlay()
+{
+    return shown(gtk_overlay_new());
+}
+GtkWidget *ov_gui_add_overlay(GtkContainer *c)
+{
+    return added(c, ov_gui_create_overlay());
+}
+GtkWidget *ov_gui_pack_overlay(GtkBox *box, gboolean expand)
+{
+    return packed(box, ov_gui_create_overlay(), expand);
+}
+GtkWidget *ov_gui_create_event_box()
+{
+    return shown(gtk_event_box_new());
+}
+GtkWidget *ov_gui_add_event_box(GtkContainer *c)
+{
+    return added(c, ov_gui_create_event_box());
+}
+GtkWidget *ov_gui_pack_event_box(GtkBox *box, gboolean expand)
+{
+    return packed(box, ov_gui_create_event_box(), expand);
+}
 
 GtkWidget *ov_gui_create_drawing_area(int width, int height)
 {
@@ -676,7 +750,10 @@ GtkWidget *ov_gui_pack_image_from_icon_name(GtkBox *box, const char *icon_name, 
     return packed(box, ov_gui_create_image_from_icon_name(icon_name, size), FALSE);
 }
 
-GtkWidget *ov_gui_create_separator(GtkOrientation orientation) { return shown(gtk_separator_new(orientation)); }
+GtkWidget *ov_gui_create_separator(GtkOrientation orientation)
+{
+    return shown(gtk_separator_new(orientation));
+}
 GtkWidget *ov_gui_pack_separator(GtkBox *box, GtkOrientation orientation)
 {
     return packed(box, ov_gui_create_separator(orientation), FALSE);

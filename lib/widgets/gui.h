@@ -68,12 +68,12 @@ GtkWidget *ov_gui_attach_widget(GtkGrid *grid, GtkWidget *widget, int left, int 
 GtkWidget *ov_gui_create_label(const char *text, float x_align, float y_align);
 GtkWidget *ov_gui_add_label(GtkContainer *container, const char *text, float x_align, float y_align);
 GtkWidget *ov_gui_pack_label(GtkBox *box, const char *text, float x_align, float y_align);
-GtkWidget *ov_gui_attach_label(GtkGrid *grid, const char *text, float x_align, float y_align, int left, int top,
-                               int width, int height);
+GtkWidget *ov_gui_attach_label(GtkGrid *grid, const char *text, float x_align, float y_align, int left,
+                               int top, int width, int height);
 GtkWidget *ov_gui_create_markup_label(const char *markup, float x_align, float y_align);
 GtkWidget *ov_gui_pack_markup_label(GtkBox *box, const char *markup, float x_align, float y_align);
-GtkWidget *ov_gui_attach_markup_label(GtkGrid *grid, const char *markup, float x_align, float y_align, int left,
-                                      int top, int width, int height);
+GtkWidget *ov_gui_attach_markup_label(GtkGrid *grid, const char *markup, float x_align, float y_align,
+                                      int left, int top, int width, int height);
 // "label:" with " (Required)" in light italics for a required field.
 GtkWidget *ov_gui_create_input_field_label(const char *label, gboolean required);
 GtkWidget *ov_gui_pack_input_field_label(GtkBox *box, const char *label, gboolean required);
@@ -114,11 +114,13 @@ GtkWidget *ov_gui_create_text_view();
 GtkWidget *ov_gui_add_text_view(GtkContainer *container);
 GtkWidget *ov_gui_pack_text_view(GtkBox *box, gboolean expand);
 // Spacifying widgets; texts are Latin-1 (null for none).
-GtkWidget *ov_gui_create_spacifying_entry(gboolean compact, const char *latin1_text, gboolean activates_default);
-GtkWidget *ov_gui_pack_spacifying_entry(GtkBox *box, gboolean expand, gboolean compact, const char *latin1_text,
-                                        gboolean activates_default);
+GtkWidget *ov_gui_create_spacifying_entry(gboolean compact, const char *latin1_text,
+                                          gboolean activates_default);
+GtkWidget *ov_gui_pack_spacifying_entry(GtkBox *box, gboolean expand, gboolean compact,
+                                        const char *latin1_text, gboolean activates_default);
 GtkWidget *ov_gui_attach_spacifying_entry(GtkGrid *grid, gboolean compact, const char *latin1_text,
-                                          gboolean activates_default, int left, int top, int width, int height);
+                                          gboolean activates_default, int left, int top, int width,
+                                          int height);
 GtkWidget *ov_gui_create_spacifying_text_view(const char *latin1_text);
 GtkWidget *ov_gui_add_spacifying_text_view(GtkContainer *container, const char *latin1_text);
 
@@ -128,7 +130,8 @@ GtkWidget *ov_gui_pack_combo_box_text(GtkBox *box, gboolean expand);
 GtkWidget *ov_gui_attach_combo_box_text(GtkGrid *grid, int left, int top, int width, int height);
 
 // Scrolled windows.
-GtkWidget *ov_gui_create_scrolled_window(GtkPolicyType h_policy, GtkPolicyType v_policy, GtkShadowType shadow);
+GtkWidget *ov_gui_create_scrolled_window(GtkPolicyType h_policy, GtkPolicyType v_policy,
+                                         GtkShadowType shadow);
 GtkWidget *ov_gui_add_scrolled_window(GtkContainer *container, GtkPolicyType h_policy, GtkPolicyType v_policy,
                                       GtkShadowType shadow);
 GtkWidget *ov_gui_pack_scrolled_window(GtkBox *box, gboolean expand, GtkPolicyType h_policy,

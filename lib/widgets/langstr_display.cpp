@@ -17,7 +17,8 @@ struct _OvLangstrDisplay {
 
 G_DEFINE_TYPE(OvLangstrDisplay, ov_langstr_display, GTK_TYPE_BOX)
 
-namespace {
+namespace
+{
 
 void insert_latin1(GtkTextBuffer *buffer, GtkTextIter *end, const char *latin1, const char *tag)
 {
@@ -110,7 +111,8 @@ GtkWidget *ov_langstr_display_new(int mode, int width, int height)
     int margin = ov_gui_get_default_margin();
     gtk_text_buffer_create_tag(buffer, "header", "pixels-below-lines", margin / 2, "weight", 700, nullptr);
     gtk_text_buffer_create_tag(buffer, "inset", "left-margin", 3 * margin, nullptr);
-    gtk_text_buffer_create_tag(buffer, "message", "foreground", "#aaaaaa", "style", PANGO_STYLE_ITALIC, nullptr);
+    gtk_text_buffer_create_tag(buffer, "message", "foreground", "#aaaaaa", "style", PANGO_STYLE_ITALIC,
+                               nullptr);
     fill(display);
     return GTK_WIDGET(display);
 }

@@ -15,7 +15,7 @@ struct _OvLangstrEditor {
     int mode;
     OvLocaleList *primary_locales; // owned clone or null
     gboolean compact;
-    OvLocaleList *add_locales;     // owned
+    OvLocaleList *add_locales; // owned
     GtkWidget *entries_box;
     GtkWidget *add_button;
     GtkSizeGroup *picker_sizes; // gives every locale picker one width
@@ -28,7 +28,8 @@ G_DEFINE_TYPE(OvLangstrEditor, ov_langstr_editor, GTK_TYPE_BOX)
 
 static guint signals[N_SIGNALS];
 
-namespace {
+namespace
+{
 
 constexpr const char *ui_error = "An error occured with the user interface.";
 
@@ -115,7 +116,8 @@ void on_add_toggled(GtkToggleButton *button, gpointer data)
     if (!gtk_toggle_button_get_active(button))
         return;
     auto *editor = OV_LANGSTR_EDITOR(data);
-    const OvLocale *chosen = ov_locale_list_menu_run(editor->add_locales, nullptr, TRUE, nullptr, GTK_WIDGET(button));
+    const OvLocale *chosen =
+        ov_locale_list_menu_run(editor->add_locales, nullptr, TRUE, nullptr, GTK_WIDGET(button));
     if (chosen != nullptr)
         ov_translation_entry_focus_text(as_entry(add_sorted_entry(editor, chosen)));
     gtk_toggle_button_set_active(button, FALSE);
@@ -267,7 +269,8 @@ gboolean ov_langstr_editor_get_value(OvLangstrEditor *editor, langstr **value)
         const OvLocale *locale = ov_translation_entry_get_locale(entry);
         if (ov_langstr_get_text_for_locale(result, locale) != nullptr) {
             ov::GStr name(ov_locale_format_ui_string(locale));
-            ov_error_set_utf8_printf("Each language may only appear once. %s appears several times.", name.get());
+            ov_error_set_utf8_printf("Each language may only appear once. %s appears several times.",
+                                     name.get());
             ok = FALSE;
             break;
         }

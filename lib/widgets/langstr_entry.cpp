@@ -8,8 +8,8 @@
 
 struct _OvLangstrEntry {
     GtkButton parent_instance;
-    langstr *value;  // owned
-    langstr *locked; // owned
+    langstr *value;                   // owned
+    langstr *locked;                  // owned
     OvLocaleList *additional_locales; // owned or null
     GtkWidget *label;
     GtkWidget *status_icon;
@@ -26,8 +26,8 @@ static void ov_langstr_entry_clicked(GtkButton *button)
     auto *entry = OV_LANGSTR_ENTRY(button);
     langstr *value = ov_langstr_clone(entry->value);
     langstr *locked = ov_langstr_clone(entry->locked);
-    if (ov_langstr_window_run(0, &value, locked, entry->additional_locales, 0, TRUE, nullptr, nullptr, nullptr,
-                              nullptr)) {
+    if (ov_langstr_window_run(0, &value, locked, entry->additional_locales, 0, TRUE, nullptr, nullptr,
+                              nullptr, nullptr)) {
         ov_langstr_entry_set_value(entry, value, locked);
         g_signal_emit(entry, signals[SIGNAL_CHANGED], 0);
     }
@@ -48,8 +48,8 @@ static void ov_langstr_entry_class_init(OvLangstrEntryClass *klass)
 {
     G_OBJECT_CLASS(klass)->finalize = ov_langstr_entry_finalize;
     GTK_BUTTON_CLASS(klass)->clicked = ov_langstr_entry_clicked;
-    signals[SIGNAL_CHANGED] = g_signal_new("changed", G_TYPE_FROM_CLASS(klass), G_SIGNAL_RUN_FIRST, 0, nullptr,
-                                           nullptr, nullptr, G_TYPE_NONE, 0);
+    signals[SIGNAL_CHANGED] = g_signal_new("changed", G_TYPE_FROM_CLASS(klass), G_SIGNAL_RUN_FIRST, 0,
+                                           nullptr, nullptr, nullptr, G_TYPE_NONE, 0);
 }
 
 static void ov_langstr_entry_init(OvLangstrEntry *entry)

@@ -12,7 +12,8 @@ struct _OvLangstrLabel {
 
 G_DEFINE_TYPE(OvLangstrLabel, ov_langstr_label, GTK_TYPE_LABEL)
 
-namespace {
+namespace
+{
 
 void relabel(OvLangstrLabel *label)
 {

@@ -10,14 +10,17 @@ struct _OvLangstrStatusIcon {
 
 G_DEFINE_TYPE(OvLangstrStatusIcon, ov_langstr_status_icon, GTK_TYPE_FIXED)
 
-namespace {
+namespace
+{
 
 gboolean centre_symbol(gpointer data)
 {
     auto *icon = OV_LANGSTR_STATUS_ICON(data);
     icon->centre_source = 0;
     if (icon->symbol != nullptr) {
-        int y = (gtk_widget_get_allocated_height(GTK_WIDGET(icon)) - gtk_widget_get_allocated_height(icon->symbol)) / 2;
+        int y = (gtk_widget_get_allocated_height(GTK_WIDGET(icon)) -
+                 gtk_widget_get_allocated_height(icon->symbol)) /
+                2;
         int current_y = 0;
         gtk_container_child_get(GTK_CONTAINER(icon), icon->symbol, "y", &current_y, nullptr);
         if (current_y != y)
@@ -71,9 +74,7 @@ static void ov_langstr_status_icon_class_init(OvLangstrStatusIconClass *klass)
     widget_class->size_allocate = ov_langstr_status_icon_size_allocate;
 }
 
-static void ov_langstr_status_icon_init(OvLangstrStatusIcon *)
-{
-}
+static void ov_langstr_status_icon_init(OvLangstrStatusIcon *) {}
 
 GtkWidget *ov_langstr_status_icon_new(const langstr *ls)
 {

@@ -12,7 +12,8 @@ struct _OvLangstrStatusIconSymbol {
 
 G_DEFINE_TYPE(OvLangstrStatusIconSymbol, ov_langstr_status_icon_symbol, GTK_TYPE_WIDGET)
 
-namespace {
+namespace
+{
 
 constexpr int symbol_width = 13;
 constexpr int symbol_height = 8;

@@ -7,7 +7,8 @@
 #include "widgets/langstr_editor.h"
 #include "widgets/translation_entry.h"
 
-namespace {
+namespace
+{
 
 struct Run {
     GtkWidget *window;
@@ -65,9 +66,10 @@ GtkWidget *first_editable_field(OvLangstrEditor *editor)
 
 } // namespace
 
-gboolean ov_langstr_window_run(int mode, langstr **value, const langstr *locked, const OvLocaleList *primary_locales,
-                               int state, gboolean allow_empty, const char *title, const char *field_label,
-                               const char *note, const char *ok_label)
+gboolean ov_langstr_window_run(int mode, langstr **value, const langstr *locked,
+                               const OvLocaleList *primary_locales, int state, gboolean allow_empty,
+                               const char *title, const char *field_label, const char *note,
+                               const char *ok_label)
 {
     g_return_val_if_fail(value != nullptr, FALSE);
     Run run = {};

@@ -11,6 +11,7 @@
 // makes the editor insensitive and OK just closes. Null texts take the
 // defaults "Enter multilingual text", "Text" and "OK"; the note is shown
 // when state is 1 or some texts are locked.
-gboolean ov_langstr_window_run(int mode, langstr **value, const langstr *locked, const OvLocaleList *primary_locales,
-                               int state, gboolean allow_empty, const char *title, const char *field_label,
-                               const char *note, const char *ok_label);
+gboolean ov_langstr_window_run(int mode, langstr **value, const langstr *locked,
+                               const OvLocaleList *primary_locales, int state, gboolean allow_empty,
+                               const char *title, const char *field_label, const char *note,
+                               const char *ok_label);

@@ -20,7 +20,8 @@ struct _OvListControlPanel {
 
 G_DEFINE_TYPE(OvListControlPanel, ov_list_control_panel, GTK_TYPE_BOX)
 
-namespace {
+namespace
+{
 
 bool get_selected(OvListControlPanel *panel, GtkTreeIter *iter)
 {
@@ -89,7 +90,8 @@ void on_remove(GtkButton *, gpointer data)
     GtkTreeIter iter;
     if (!get_selected(panel, &iter))
         return;
-    if (panel->remove_callback != nullptr && !panel->remove_callback(panel, &iter, panel->remove_callback_data))
+    if (panel->remove_callback != nullptr &&
+        !panel->remove_callback(panel, &iter, panel->remove_callback_data))
         return;
     gtk_list_store_remove(panel->list_store, &iter);
 }
@@ -142,8 +144,10 @@ GtkWidget *ov_list_control_panel_new(GtkListStore *list_store, GtkTreeView *tree
             g_signal_connect(panel->selection, "changed", G_CALLBACK(on_selection_changed), panel);
     }
     panel->move_up_button = GTK_WIDGET(g_object_ref(ov_gui_pack_button(GTK_BOX(panel), "Move up", FALSE)));
-    panel->move_up_handler = g_signal_connect(panel->move_up_button, "clicked", G_CALLBACK(on_move_up), panel);
-    panel->move_down_button = GTK_WIDGET(g_object_ref(ov_gui_pack_button(GTK_BOX(panel), "Move down", FALSE)));
+    panel->move_up_handler =
+        g_signal_connect(panel->move_up_button, "clicked", G_CALLBACK(on_move_up), panel);
+    panel->move_down_button =
+        GTK_WIDGET(g_object_ref(ov_gui_pack_button(GTK_BOX(panel), "Move down", FALSE)));
     panel->move_down_handler =
         g_signal_connect(panel->move_down_button, "clicked", G_CALLBACK(on_move_down), panel);
     update_buttons(panel);

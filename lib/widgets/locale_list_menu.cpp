@@ -4,7 +4,8 @@
 #include "widgets/menu.h"
 #include "widgets/style.h"
 
-namespace {
+namespace
+{
 
 void store_choice(GtkMenuItem *item, gpointer result)
 {
@@ -12,8 +13,8 @@ void store_choice(GtkMenuItem *item, gpointer result)
         static_cast<const OvLocale *>(ov_gui_menu_get_item_data(GTK_WIDGET(item)));
 }
 
-GtkWidget *append_locale(GtkMenuShell *menu, const char *label, const OvLocale *locale, const OvLocale *current,
-                         const OvLocale **result)
+GtkWidget *append_locale(GtkMenuShell *menu, const char *label, const OvLocale *locale,
+                         const OvLocale *current, const OvLocale **result)
 {
     GtkWidget *item = ov_gui_menu_append_item_with_activate_callback(
         menu, label, const_cast<OvLocale *>(locale), 0, store_choice, static_cast<gpointer>(result));
@@ -55,8 +56,9 @@ GtkWidget *ov_locale_list_menu_build(const OvLocaleList *list, const OvTranslati
     bool listed = false;
     if (list != nullptr) {
         for (OvLocaleListLink *link : *list) {
-            ov::GStr label(stats != nullptr ? ov_translation_stats_format_locale_ui_string(stats, link->locale)
-                                            : ov_locale_format_ui_string(link->locale));
+            ov::GStr label(stats != nullptr
+                               ? ov_translation_stats_format_locale_ui_string(stats, link->locale)
+                               : ov_locale_format_ui_string(link->locale));
             append_locale(shell, label.get(), link->locale, current, result);
             listed = true;
         }

@@ -20,7 +20,8 @@ G_DEFINE_TYPE_WITH_PRIVATE(OvLocalePicker, ov_locale_picker, GTK_TYPE_TOGGLE_BUT
 
 static guint signals[N_SIGNALS];
 
-namespace {
+namespace
+{
 
 OvLocalePickerPrivate *priv_of(OvLocalePicker *picker)
 {
@@ -32,8 +33,9 @@ void relabel(OvLocalePicker *picker)
     OvLocalePickerPrivate *priv = priv_of(picker);
     ov::GStr text;
     if (priv->selected != nullptr)
-        text.reset(priv->stats != nullptr ? ov_translation_stats_format_locale_ui_string(priv->stats, priv->selected)
-                                          : ov_locale_format_ui_string(priv->selected));
+        text.reset(priv->stats != nullptr
+                       ? ov_translation_stats_format_locale_ui_string(priv->stats, priv->selected)
+                       : ov_locale_format_ui_string(priv->selected));
     gtk_label_set_text(GTK_LABEL(priv->label), text ? text.get() : "");
 }
 
@@ -67,8 +69,8 @@ static void ov_locale_picker_clicked(GtkButton *button)
     bool destroyed = false;
     const gulong handler = g_signal_connect_swapped(
         picker, "destroy", G_CALLBACK(+[](bool *flag) { *flag = true; }), &destroyed);
-    const OvLocale *chosen = ov_locale_list_menu_run(priv->primary_locales, priv->stats, priv->all_languages_enabled,
-                                                     priv->selected, GTK_WIDGET(picker));
+    const OvLocale *chosen = ov_locale_list_menu_run(
+        priv->primary_locales, priv->stats, priv->all_languages_enabled, priv->selected, GTK_WIDGET(picker));
     if (!destroyed) {
         g_signal_handler_disconnect(picker, handler);
         if (chosen != nullptr)

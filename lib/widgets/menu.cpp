@@ -3,7 +3,8 @@
 #include "core/raii.h"
 #include "core/strings.h"
 
-namespace {
+namespace
+{
 
 constexpr const char *item_data_key = "orvane_menu_item_data";
 
@@ -79,17 +80,20 @@ GtkWidget *ov_gui_menu_append_item(GtkMenuShell *menu, const char *label, gpoint
     return appended(menu, ov_gui_menu_create_item(label, data, state));
 }
 
-GtkWidget *ov_gui_menu_append_item_with_activate_callback(GtkMenuShell *menu, const char *label, gpointer data,
-                                                          int state, OvGuiMenuItemCallback callback,
-                                                          gpointer user_data)
+GtkWidget *ov_gui_menu_append_item_with_activate_callback(GtkMenuShell *menu, const char *label,
+                                                          gpointer data, int state,
+                                                          OvGuiMenuItemCallback callback, gpointer user_data)
 {
     g_return_val_if_fail(GTK_IS_MENU_SHELL(menu), nullptr);
-    return appended(menu, ov_gui_menu_create_item_with_activate_callback(label, data, state, callback, user_data));
+    return appended(menu,
+                    ov_gui_menu_create_item_with_activate_callback(label, data, state, callback, user_data));
 }
 
-GtkWidget *ov_gui_menu_append_latin1_item(GtkMenuShell *menu, const char *latin1_label, gpointer data, int state)
+GtkWidget *ov_gui_menu_append_latin1_item(GtkMenuShell *menu, const char *latin1_label, gpointer data,
+                                          int state)
 {
-    return ov_gui_menu_append_latin1_item_with_activate_callback(menu, latin1_label, data, state, nullptr, nullptr);
+    return ov_gui_menu_append_latin1_item_with_activate_callback(menu, latin1_label, data, state, nullptr,
+                                                                 nullptr);
 }
 
 GtkWidget *ov_gui_menu_append_latin1_item_with_activate_callback(GtkMenuShell *menu, const char *latin1_label,
@@ -98,13 +102,15 @@ GtkWidget *ov_gui_menu_append_latin1_item_with_activate_callback(GtkMenuShell *m
                                                                  gpointer user_data)
 {
     ov::GStr label(latin1_label != nullptr ? ov_convert_latin1_to_utf8(latin1_label) : nullptr);
-    return ov_gui_menu_append_item_with_activate_callback(menu, label.get(), data, state, callback, user_data);
+    return ov_gui_menu_append_item_with_activate_callback(menu, label.get(), data, state, callback,
+                                                          user_data);
 }
 
 GtkWidget *ov_gui_menu_append_check_item(GtkMenuShell *menu, const char *label, gpointer data, int state,
                                          gboolean active)
 {
-    return ov_gui_menu_append_check_item_with_toggled_callback(menu, label, data, state, active, nullptr, nullptr);
+    return ov_gui_menu_append_check_item_with_toggled_callback(menu, label, data, state, active, nullptr,
+                                                               nullptr);
 }
 
 GtkWidget *ov_gui_menu_append_check_item_with_toggled_callback(GtkMenuShell *menu, const char *label,

@@ -12,11 +12,12 @@ GtkWidget *ov_gui_menu_create_item(const char *label, gpointer data, int state);
 GtkWidget *ov_gui_menu_create_item_with_activate_callback(const char *label, gpointer data, int state,
                                                           OvGuiMenuItemCallback callback, gpointer user_data);
 GtkWidget *ov_gui_menu_append_item(GtkMenuShell *menu, const char *label, gpointer data, int state);
-GtkWidget *ov_gui_menu_append_item_with_activate_callback(GtkMenuShell *menu, const char *label, gpointer data,
-                                                          int state, OvGuiMenuItemCallback callback,
-                                                          gpointer user_data);
+GtkWidget *ov_gui_menu_append_item_with_activate_callback(GtkMenuShell *menu, const char *label,
+                                                          gpointer data, int state,
+                                                          OvGuiMenuItemCallback callback, gpointer user_data);
 // The label is Latin-1.
-GtkWidget *ov_gui_menu_append_latin1_item(GtkMenuShell *menu, const char *latin1_label, gpointer data, int state);
+GtkWidget *ov_gui_menu_append_latin1_item(GtkMenuShell *menu, const char *latin1_label, gpointer data,
+                                          int state);
 GtkWidget *ov_gui_menu_append_latin1_item_with_activate_callback(GtkMenuShell *menu, const char *latin1_label,
                                                                  gpointer data, int state,
                                                                  OvGuiMenuItemCallback callback,

@@ -20,7 +20,7 @@ struct _OvPicker {
         std::vector<gpointer> options;
         gpointer selected = nullptr;
         GtkWidget *label = nullptr;
-    } *impl;
+    } * impl;
 };
 
 enum { SIGNAL_PICKED, N_SIGNALS };
@@ -29,7 +29,8 @@ G_DEFINE_TYPE(OvPicker, ov_picker, GTK_TYPE_TOGGLE_BUTTON)
 
 static guint signals[N_SIGNALS];
 
-namespace {
+namespace
+{
 
 std::string option_text(OvPicker *picker, gconstpointer option)
 {

@@ -13,7 +13,8 @@ struct _OvSpacifyingEntry {
 
 G_DEFINE_TYPE(OvSpacifyingEntry, ov_spacifying_entry, GTK_TYPE_ENTRY)
 
-namespace {
+namespace
+{
 
 bool must_replace(gunichar c, gboolean keep_line_feeds)
 {
@@ -74,9 +75,7 @@ char *ov_spacifying_text_fix(const char *text, gssize length, gboolean keep_line
     return g_string_free(fixed, FALSE);
 }
 
-static void ov_spacifying_entry_class_init(OvSpacifyingEntryClass *)
-{
-}
+static void ov_spacifying_entry_class_init(OvSpacifyingEntryClass *) {}
 
 static void ov_spacifying_entry_init(OvSpacifyingEntry *entry)
 {
@@ -97,9 +96,9 @@ void ov_spacifying_entry_set_text(OvSpacifyingEntry *entry, const char *latin1_t
     ov::GStr text(ov_convert_latin1_to_utf8(latin1_text != nullptr ? latin1_text : ""));
     if (!text)
         return;
-    const char *stripped = entry->compact
-                               ? ov_strip_surrounding_and_spacify_compactly_within_original_for_utf8(text.get())
-                               : ov_strip_surrounding_and_spacify_within_original_for_utf8(text.get());
+    const char *stripped =
+        entry->compact ? ov_strip_surrounding_and_spacify_compactly_within_original_for_utf8(text.get())
+                       : ov_strip_surrounding_and_spacify_within_original_for_utf8(text.get());
     gtk_entry_set_text(GTK_ENTRY(entry), stripped);
 }
 

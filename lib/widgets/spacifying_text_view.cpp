@@ -11,7 +11,8 @@ struct _OvSpacifyingTextView {
 
 G_DEFINE_TYPE(OvSpacifyingTextView, ov_spacifying_text_view, GTK_TYPE_TEXT_VIEW)
 
-namespace {
+namespace
+{
 
 void on_insert_text(GtkTextBuffer *buffer, GtkTextIter *location, const char *text, int length,
                     gpointer widget)

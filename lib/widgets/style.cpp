@@ -6,7 +6,8 @@
 
 #include <array>
 
-namespace {
+namespace
+{
 
 constexpr guint style_priority = GTK_STYLE_PROVIDER_PRIORITY_APPLICATION;
 
@@ -66,13 +67,15 @@ GtkCssProvider *make_provider(StyleId id)
     const int m = ov_gui_get_default_margin();
     switch (id) {
     case BOXED_LABEL:
-        return provider_from_printf(".orvane-boxed-label { background-color: #ffffff; border: 1px solid #cdc7c2; "
-                                    "padding: %dpx %dpx %dpx %dpx; }",
-                                    m / 2, m, m / 2, m);
+        return provider_from_printf(
+            ".orvane-boxed-label { background-color: #ffffff; border: 1px solid #cdc7c2; "
+            "padding: %dpx %dpx %dpx %dpx; }",
+            m / 2, m, m / 2, m);
     case GROUPING_PANEL:
-        return provider_from_printf(".orvane-grouping-panel { background-color: rgba( 0, 0, 0, 0.05 ); "
-                                    "border: 1px solid rgba( 0, 0, 0, 0.15 ); padding: %dpx %dpx %dpx %dpx; }",
-                                    m, m, m, m);
+        return provider_from_printf(
+            ".orvane-grouping-panel { background-color: rgba( 0, 0, 0, 0.05 ); "
+            "border: 1px solid rgba( 0, 0, 0, 0.15 ); padding: %dpx %dpx %dpx %dpx; }",
+            m, m, m, m);
     case GROUPING_PANEL_HEADER:
         return provider_from_printf(".orvane-grouping-panel-header { background-color: rgba( 0, 0, 0, 0.1 ); "
                                     "border: 1px solid rgba( 0, 0, 0, 0.15 ); border-bottom: none; "
@@ -81,15 +84,16 @@ GtkCssProvider *make_provider(StyleId id)
     case HEADER_MENU_ITEM:
         return ov_css_create_provider("menuitem { font-size: larger; font-weight: bold; }");
     case HSCALE:
-        return ov_css_create_provider("scale { padding: 0px 8px 0px 5px; } contents { padding: 0px 0px 0px 10px; }");
+        return ov_css_create_provider(
+            "scale { padding: 0px 8px 0px 5px; } contents { padding: 0px 0px 0px 10px; }");
     case LANGSTR_ENTRY_BUTTON:
         return ov_css_create_provider(
             "button:not(:backdrop):not(:disabled) { background-color: #ffffff; background-image: none; "
             "border-bottom-color: #cdc7c2; box-shadow: inset 0 0 0 1px rgba(53, 132, 228, 0); color: black; "
             "text-shadow: none; }");
     case LANGSTR_ENTRY_BUTTON_ACTIVE:
-        return ov_css_create_provider(
-            "button:active { border-color: #3584e4; box-shadow: inset 0 0 0 1px #3584e4; outline-style: none; }");
+        return ov_css_create_provider("button:active { border-color: #3584e4; box-shadow: inset 0 0 0 1px "
+                                      "#3584e4; outline-style: none; }");
     case SELECTED_MENU_ITEM:
         return ov_css_create_provider("menuitem { background-color: #808080; color: #ffffff; }");
     case TRANSPARENT_IMAGE:
@@ -104,7 +108,8 @@ GtkCssProvider *make_provider(StyleId id)
                                     p.top, p.right, p.top, p.top, p.right - 3);
     }
     case IMAGE_ONLY_BUTTON:
-        return provider_from_printf(".orvane-image-only-button { padding: %dpx; }", plain_button_padding().top);
+        return provider_from_printf(".orvane-image-only-button { padding: %dpx; }",
+                                    plain_button_padding().top);
     case STYLE_COUNT:
         break;
     }
@@ -159,7 +164,8 @@ void ov_css_style_widget_with_provider(GtkWidget *widget, GtkCssProvider *provid
 void ov_css_style_widget(GtkWidget *widget, const char *text)
 {
     g_return_if_fail(GTK_IS_WIDGET(widget));
-    ov::ObjectRef<GtkCssProvider> provider = ov::ObjectRef<GtkCssProvider>::adopt(ov_css_create_provider(text));
+    ov::ObjectRef<GtkCssProvider> provider =
+        ov::ObjectRef<GtkCssProvider>::adopt(ov_css_create_provider(text));
     ov_css_style_widget_with_provider(widget, provider.get());
 }
 
@@ -169,22 +175,43 @@ void ov_css_add_class_to_widget(GtkWidget *widget, const char *class_name)
     gtk_style_context_add_class(gtk_widget_get_style_context(widget), class_name);
 }
 
-void ov_gui_style_boxed_label(GtkWidget *widget) { style(widget, BOXED_LABEL, "orvane-boxed-label"); }
-void ov_gui_style_grouping_panel(GtkWidget *widget) { style(widget, GROUPING_PANEL, "orvane-grouping-panel"); }
+void ov_gui_style_boxed_label(GtkWidget *widget)
+{
+    style(widget, BOXED_LABEL, "orvane-boxed-label");
+}
+void ov_gui_style_grouping_panel(GtkWidget *widget)
+{
+    style(widget, GROUPING_PANEL, "orvane-grouping-panel");
+}
 void ov_gui_style_grouping_panel_header(GtkWidget *widget)
 {
     style(widget, GROUPING_PANEL_HEADER, "orvane-grouping-panel-header");
 }
-void ov_gui_style_header_menu_item(GtkWidget *widget) { style(widget, HEADER_MENU_ITEM); }
-void ov_gui_style_hscale(GtkWidget *widget) { style(widget, HSCALE); }
+void ov_gui_style_header_menu_item(GtkWidget *widget)
+{
+    style(widget, HEADER_MENU_ITEM);
+}
+void ov_gui_style_hscale(GtkWidget *widget)
+{
+    style(widget, HSCALE);
+}
 void ov_gui_style_langstr_entry_button(GtkWidget *widget)
 {
     style(widget, LANGSTR_ENTRY_BUTTON);
     style(widget, LANGSTR_ENTRY_BUTTON_ACTIVE);
 }
-void ov_gui_style_selected_menu_item(GtkWidget *widget) { style(widget, SELECTED_MENU_ITEM); }
-void ov_gui_style_transparent_image(GtkWidget *widget) { style(widget, TRANSPARENT_IMAGE); }
-void ov_gui_style_zero_button_padding(GtkWidget *widget) { style(widget, ZERO_BUTTON_PADDING); }
+void ov_gui_style_selected_menu_item(GtkWidget *widget)
+{
+    style(widget, SELECTED_MENU_ITEM);
+}
+void ov_gui_style_transparent_image(GtkWidget *widget)
+{
+    style(widget, TRANSPARENT_IMAGE);
+}
+void ov_gui_style_zero_button_padding(GtkWidget *widget)
+{
+    style(widget, ZERO_BUTTON_PADDING);
+}
 
 void ov_gui_style_normalize_button_padding(GtkWidget *button)
 {
@@ -204,4 +231,3 @@ void ov_gui_style_clean_up()
     for (GtkCssProvider *&provider : providers)
         g_clear_object(&provider);
 }
-

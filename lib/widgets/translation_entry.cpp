@@ -21,7 +21,8 @@ G_DEFINE_TYPE(OvTranslationEntry, ov_translation_entry, GTK_TYPE_BOX)
 
 static guint signals[N_SIGNALS];
 
-namespace {
+namespace
+{
 
 constexpr int entry_width_chars = 68;
 constexpr int text_view_width = 400;
@@ -69,8 +70,9 @@ static void ov_translation_entry_class_init(OvTranslationEntryClass *klass)
 {
     signals[SIGNAL_DELETE] = g_signal_new("delete", G_TYPE_FROM_CLASS(klass), G_SIGNAL_RUN_FIRST, 0, nullptr,
                                           nullptr, nullptr, G_TYPE_NONE, 0);
-    signals[SIGNAL_LOCALE_CHANGED] = g_signal_new("locale-changed", G_TYPE_FROM_CLASS(klass), G_SIGNAL_RUN_FIRST,
-                                                  0, nullptr, nullptr, nullptr, G_TYPE_NONE, 0);
+    signals[SIGNAL_LOCALE_CHANGED] =
+        g_signal_new("locale-changed", G_TYPE_FROM_CLASS(klass), G_SIGNAL_RUN_FIRST, 0, nullptr, nullptr,
+                     nullptr, G_TYPE_NONE, 0);
 }
 
 static void ov_translation_entry_init(OvTranslationEntry *entry)
@@ -92,8 +94,8 @@ GtkWidget *ov_translation_entry_new(int mode, const OvLocale *locale, const char
     ov_gui_pack_widget(box, entry->picker, FALSE);
 
     if (mode == 1) {
-        GtkWidget *scrolled = ov_gui_pack_scrolled_window(box, TRUE, GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC,
-                                                          GTK_SHADOW_IN);
+        GtkWidget *scrolled =
+            ov_gui_pack_scrolled_window(box, TRUE, GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC, GTK_SHADOW_IN);
         gtk_widget_set_size_request(scrolled, text_view_width, text_view_height);
         entry->text_widget = ov_gui_add_spacifying_text_view(GTK_CONTAINER(scrolled), latin1_text);
         gtk_text_view_set_wrap_mode(GTK_TEXT_VIEW(entry->text_widget), GTK_WRAP_WORD_CHAR);

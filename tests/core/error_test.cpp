@@ -5,10 +5,12 @@
 #include <cerrno>
 #include <string>
 
-namespace {
+namespace
+{
 
-class ErrorBuffer : public ::testing::Test {
-protected:
+class ErrorBuffer : public ::testing::Test
+{
+  protected:
     void SetUp() override { ov_error_clear(); }
     void TearDown() override { ov_error_clear(); }
 };

@@ -4,7 +4,8 @@
 
 #include <string>
 
-namespace {
+namespace
+{
 
 struct Node {
     int value = 0;
@@ -128,9 +129,8 @@ TEST_F(ListTest, DestroyFreesFromTheFrontAndCloneIsDeepAndOrdered)
             EXPECT_NE(node, original);
 
     int calls = 0;
-    EXPECT_FALSE(ov::list_clone_into(copy, list, [&](const Node *n) -> Node * {
-        return ++calls == 2 ? nullptr : new Node{n->value};
-    }));
+    EXPECT_FALSE(ov::list_clone_into(
+        copy, list, [&](const Node *n) -> Node * { return ++calls == 2 ? nullptr : new Node{n->value}; }));
     EXPECT_EQ(contents(copy), "10 20 30 1");
 
     ov::list_destroy(copy, destroy_node);

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-namespace {
+namespace
+{
 
 int freed = 0;
 void counting_free(int *value)
@@ -44,8 +45,8 @@ TEST(Raii, ObjectRefCountsReferences)
 {
     GObject *object = G_OBJECT(g_object_new(G_TYPE_OBJECT, nullptr));
     bool finalized = false;
-    g_object_weak_ref(object, [](gpointer flag, GObject *) { *static_cast<bool *>(flag) = true; },
-                      &finalized);
+    g_object_weak_ref(
+        object, [](gpointer flag, GObject *) { *static_cast<bool *>(flag) = true; }, &finalized);
     {
         auto owner = ov::ObjectRef<GObject>::adopt(object);
         auto second = ov::ObjectRef<GObject>::ref(object);

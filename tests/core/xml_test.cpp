@@ -18,14 +18,16 @@
 #include <cstdio>
 #include <thread>
 
-namespace {
+namespace
+{
 
 using namespace ov::test;
 
 // Outcomes read as one string: the value, "(null)" for a null success, or "FALSE <out>: <error>"
 // (getters with an out; "untouched": out not set) or "null: <error>" (getters returning the value).
-class XmlTest : public CoreTest {
-protected:
+class XmlTest : public CoreTest
+{
+  protected:
     xmlDoc *parse(const std::string &text)
     {
         write_file(dir_.file("doc.xml"), text);
@@ -167,16 +169,18 @@ TEST_F(XmlTest, ParsesZipEntries)
 {
     // "damaged" is stored so its bytes can be changed.
     const std::string bytes = make_zip({{"big.xml", "<a>" + std::string(100000, 'z') + "</a>"},
-                                                  {"bad.xml", "<settings>"},
-                                                  {"damaged.xml", "<a>" + std::string(5000, 'q') + "</a>", true}});
+                                        {"bad.xml", "<settings>"},
+                                        {"damaged.xml", "<a>" + std::string(5000, 'q') + "</a>", true}});
     const std::string damaged = damage(bytes, std::string(100, 'q'), std::string(100, 'Q'));
     ov::ZipArchivePtr archive(ov_zip_open_archive_for_reading_from_buffer(damaged.data(), damaged.size()));
     ASSERT_TRUE(archive) << error_text();
 
     ov::XmlDocPtr doc(ov_xml_parse_zip_file(archive.get(), "big.xml"));
     ASSERT_TRUE(doc) << error_text();
-    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc.get(), xmlDocGetRootElement(doc.get()))).size(), 100000u);
-    for (const auto &[entry, reason] : {std::pair{"bad.xml", "Premature end of data"}, {"damaged.xml", "CRC"}}) {
+    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc.get(), xmlDocGetRootElement(doc.get()))).size(),
+              100000u);
+    for (const auto &[entry, reason] :
+         {std::pair{"bad.xml", "Premature end of data"}, {"damaged.xml", "CRC"}}) {
         SCOPED_TRACE(entry);
         ov_error_clear();
         EXPECT_EQ(ov_xml_parse_zip_file(archive.get(), entry), nullptr);
@@ -253,12 +257,14 @@ TEST_F(XmlTest, AttributeGetters)
 // given name (every kind of node counts, only direct children).
 TEST_F(XmlTest, DistinctChildrenAndTextContent)
 {
-    xmlDoc *doc = parse("<!DOCTYPE r [<!ENTITY ent \"&#xE9;t&#xE9;\">]><r>text"
-                        "<t>  a &amp;\t&ent; <![CDATA[<b>]]>\n x </t><empty/><comment><!--c--></comment><euro>&#x20AC;"
-                        " \t x</euro><blank> \n\t </blank><twice/><twice>x</twice><deep><inner/></deep></r>");
+    xmlDoc *doc =
+        parse("<!DOCTYPE r [<!ENTITY ent \"&#xE9;t&#xE9;\">]><r>text"
+              "<t>  a &amp;\t&ent; <![CDATA[<b>]]>\n x </t><empty/><comment><!--c--></comment><euro>&#x20AC;"
+              " \t x</euro><blank> \n\t </blank><twice/><twice>x</twice><deep><inner/></deep></r>");
     xmlNode *root = ov_xml_get_root_element(doc);
     ASSERT_NE(root, nullptr) << error_text();
-    EXPECT_TRUE(ov_xml_node_has_child_node_with_name(root, "deep") && !ov_xml_node_has_child_node_with_name(root, "inner"));
+    EXPECT_TRUE(ov_xml_node_has_child_node_with_name(root, "deep") &&
+                !ov_xml_node_has_child_node_with_name(root, "inner"));
     EXPECT_EQ(ov_xml_get_root_element(ov::XmlDocPtr(ov_xml_new_doc()).get()), nullptr);
     EXPECT_EQ(error_text(), "Missing root element in XML tree.");
 
@@ -267,16 +273,22 @@ TEST_F(XmlTest, DistinctChildrenAndTextContent)
         xmlNode *out = root;
         if (!ov_xml_get_distinct_child_node(&out, root, name))
             return std::string(out == nullptr ? "FALSE null: " : "FALSE set: ") + error_text();
-        return out == nullptr ? "none" : std::string(ov_xml_get_node_name(out)) + " " + std::to_string(out->type);
+        return out == nullptr ? "none"
+                              : std::string(ov_xml_get_node_name(out)) + " " + std::to_string(out->type);
     };
     auto direct = [&](gchar *(*read)(xmlDoc *, const xmlNode *)) -> Read {
-        return [=](const char *name) { return or_error(read(doc, ov_xml_get_required_distinct_child_node(root, name))); };
+        return [=](const char *name) {
+            return or_error(read(doc, ov_xml_get_required_distinct_child_node(root, name)));
+        };
     };
     auto of_child = [&](gboolean (*read)(gchar **, xmlDoc *, const xmlNode *, const char *)) -> Read {
-        return [=](const char *name) { return string_out([&](gchar **out) { return read(out, doc, root, name); }); };
+        return [=](const char *name) {
+            return string_out([&](gchar **out) { return read(out, doc, root, name); });
+        };
     };
     const Read required = [&](const char *name) {
-        return or_error(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, root, name));
+        return or_error(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(
+            doc, root, name));
     };
     // clang-format off
     const Read utf8 = direct(ov_xml_get_text_content_as_utf8), latin1 = direct(ov_xml_get_text_content_as_latin1),
@@ -324,10 +336,11 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
     xmlNode *group = ov_xml_add_child_element(root, "group");
     ov_xml_add_child_element_with_utf8_text_content(group, "u", "<&>\xE2\x82\xAC");
     ov_xml_add_child_element_with_latin1_text_content(group, "l", "\xE9\r");
-    const std::string expected = "<?xml version=\"1.0\"?>\n"
-                                 "<template name=\"a&lt;b&gt;&amp;&quot;c&quot;\" author=\"Jos&#xE9;\" yes=\"true\""
-                                 " no=\"false\" min=\"-2147483648\" big=\"-1.5e+300\"><group>"
-                                 "<u>&lt;&amp;&gt;&#x20AC;</u><l>&#xE9;&#xD;</l></group></template>\n";
+    const std::string expected =
+        "<?xml version=\"1.0\"?>\n"
+        "<template name=\"a&lt;b&gt;&amp;&quot;c&quot;\" author=\"Jos&#xE9;\" yes=\"true\""
+        " no=\"false\" min=\"-2147483648\" big=\"-1.5e+300\"><group>"
+        "<u>&lt;&amp;&gt;&#x20AC;</u><l>&#xE9;&#xD;</l></group></template>\n";
     gsize length = 1;
     EXPECT_EQ(str(ov_xml_write_to_string(doc.get(), &length)), expected) << error_text();
     EXPECT_EQ(length, expected.size());
@@ -345,7 +358,8 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
 
         ov::XmlDocPtr back(ov_xml_parse_file(path.c_str()));
         ASSERT_TRUE(back) << error_text();
-        const xmlNode *read = ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(back.get()), "group");
+        const xmlNode *read =
+            ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(back.get()), "group");
         ASSERT_NE(read, nullptr);
         EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_latin1(read->parent, "author")), "Jos\xE9");
         double scale = 0;
@@ -404,7 +418,8 @@ TEST_F(XmlTest, HandWrittenLatin1IsEscapedAndReadsBack)
         EXPECT_EQ(str(ov_xml_latin1_to_xml(input.c_str())), expected) << input;
     EXPECT_EQ(ov_xml_latin1_to_xml(nullptr), nullptr);
 
-    const std::string text = "line one\r\nline\ttwo \"quoted\" & <tagged> caf\xE9", path = dir_.file("hand.xml");
+    const std::string text = "line one\r\nline\ttwo \"quoted\" & <tagged> caf\xE9",
+                      path = dir_.file("hand.xml");
     ov::FilePtr stream(std::fopen(path.c_str(), "wb"));
     ASSERT_TRUE(stream);
     std::fputs("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<r>", stream.get());
@@ -414,7 +429,8 @@ TEST_F(XmlTest, HandWrittenLatin1IsEscapedAndReadsBack)
     EXPECT_TRUE(ov_xml_write_string(stream.get(), text.c_str()) && ov_xml_write_string(stream.get(), ""));
     std::fputs("\"/></r>\n", stream.get());
     stream.reset();
-    EXPECT_NE(read_file(path).find("<r>\t\t<t v=\"line one&#xD;&#x9;&#xA;"), std::string::npos) << read_file(path);
+    EXPECT_NE(read_file(path).find("<r>\t\t<t v=\"line one&#xD;&#x9;&#xA;"), std::string::npos)
+        << read_file(path);
     ov::XmlDocPtr doc(ov_xml_parse_file(path.c_str()));
     ASSERT_TRUE(doc) << error_text();
     const xmlNode *t = ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(doc.get()), "t");

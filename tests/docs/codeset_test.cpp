@@ -17,7 +17,8 @@
 #include <tuple>
 #include <vector>
 
-namespace {
+namespace
+{
 
 using ov::test::read_file;
 using ov::test::TempDir;
@@ -25,7 +26,10 @@ using ov::test::write_file;
 using RemarkListPtr = ov::Owned<OvRemarkList, ov_remark_list_destroy>;
 using CodesetPtr = ov::Owned<OvCodeset, ov_codeset_destroy>;
 
-const OvLocale *swedish() { return ov_locale_get_by_tag("sv"); }
+const OvLocale *swedish()
+{
+    return ov_locale_get_by_tag("sv");
+}
 
 OvRemark *make_remark(const char *code, const char *english = "x", const char *swedish_text = nullptr)
 {
@@ -65,8 +69,9 @@ std::string describe(const OvRemarkList *list, bool with_text = false)
     return text;
 }
 
-class Codeset : public ::testing::Test {
-protected:
+class Codeset : public ::testing::Test
+{
+  protected:
     void SetUp() override { ov_error_clear(); }
     void TearDown() override { ov_error_clear(); }
 };
@@ -74,9 +79,13 @@ protected:
 TEST_F(Codeset, SortedInsertionFollowsTheCascade)
 {
     const std::pair<const char *, const char *> cases[] = {
-        {"10 9 a B", "9 10 a B"}, {"R10 R2 R1", "R1 R2 R10"}, {"", ""},
+        {"10 9 a B", "9 10 a B"},
+        {"R10 R2 R1", "R1 R2 R10"},
+        {"", ""},
         // Case and leading zeros decide only after the looser tests tie.
-        {"r2 R2 r02 R02", "R02 r02 R2 r2"}, {"R007 R7 r7", "R007 R7 r7"}, {"b A a B", "A a B b"},
+        {"r2 R2 r02 R02", "R02 r02 R2 r2"},
+        {"R007 R7 r7", "R007 R7 r7"},
+        {"b A a B", "A a B b"},
         // A remark without a code goes last when added; later codes walk past it.
         {"- B :x A", "- A B "},
     };
@@ -207,9 +216,10 @@ TEST_F(Codeset, ReaderNormalisesAndWriterEscapesAllButTheCode)
 // that sorted insertion one by one gives, whatever the order in the file.
 TEST_F(Codeset, ReaderOrderEqualsSortedInsertion)
 {
-    std::vector<std::string> codes = {"a 1", "a1", "A01", "a001", "A1", "1.05", "1.5", "1.50", "x10", "x9",
-                                      "X9",  "x09", "10", "9",   "09", "0",    "00",  "a",    "B",   "b b",
-                                      "bb",  "R2", "r02", "R02", "r2", "R10",  "R1a", "R1 a", "\xe5", "\xc5"};
+    std::vector<std::string> codes = {"a 1", "a1",  "A01", "a001", "A1",   "1.05", "1.5", "1.50",
+                                      "x10", "x9",  "X9",  "x09",  "10",   "9",    "09",  "0",
+                                      "00",  "a",   "B",   "b b",  "bb",   "R2",   "r02", "R02",
+                                      "r2",  "R10", "R1a", "R1 a", "\xe5", "\xc5"};
     std::mt19937 random(7);
     TempDir dir;
     for (int round = 0; round < 20; round++) {
@@ -245,7 +255,8 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         std::string message; // the whole chain, or for libxml2's refusals L and a part of its reason
     };
     const Case cases[] = {
-        {"truncated", "<codeset>", L}, {"deeply nested", deep, L + "depth"},
+        {"truncated", "<codeset>", L},
+        {"deeply nested", deep, L + "depth"},
         {"huge text node", huge, L + "huge"},
         {"wrong root", "<template/>", "Not a codeset file."},
         {"no name", codeset_file(A), P + "Missing XML node: name"},

@@ -138,11 +138,14 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
         std::string message; // the whole chain, or for libxml2's refusals L and a part of its reason
     };
     const Case cases[] = {
-        {"malformed", "<template><name></template>", L + "mismatch"}, {"truncated", file(N).substr(0, 40), L},
-        {"deeply nested", deep, L + "depth"}, {"huge text node", huge + "</name></template>", L + "huge"},
+        {"malformed", "<template><name></template>", L + "mismatch"},
+        {"truncated", file(N).substr(0, 40), L},
+        {"deeply nested", deep, L + "depth"},
+        {"huge text node", huge + "</name></template>", L + "huge"},
         {"malformed after bad contents", file(N + bad_report) + "<junk", L + "parser error"},
         {"wrong root", "<codeset/>", "Not a template file."},
-        {"no report types", file(N), P + "Missing report types."}, {"no name", file(R), node + "name"},
+        {"no report types", file(N), P + "Missing report types."},
+        {"no name", file(R), node + "name"},
         {"two versions", file(N + "<version>1</version><version>2</version>" + R),
          P + "Duplicate XML nodes found where not allowed."},
         {"empty version", file(N + "<version> </version>" + R), no_text},

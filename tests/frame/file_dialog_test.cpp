@@ -13,10 +13,12 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace
+{
 
-class FileDialogTest : public ::testing::Test {
-protected:
+class FileDialogTest : public ::testing::Test
+{
+  protected:
     void SetUp() override
     {
         g_setenv("GSETTINGS_BACKEND", "memory", FALSE); // the chooser saves its settings on closing

@@ -17,9 +17,13 @@
 // Resets the home and configuration folders GLib keeps (exported for tests).
 extern "C" void g_set_user_dirs(const gchar *first_dir_type, ...) G_GNUC_NULL_TERMINATED;
 
-namespace ov::test {
+namespace ov::test
+{
 
-inline void make_folder(const std::string &path) { g_mkdir_with_parents(path.c_str(), 0700); }
+inline void make_folder(const std::string &path)
+{
+    g_mkdir_with_parents(path.c_str(), 0700);
+}
 
 // Runs body in a child with home dir/home (created) and configuration folder
 // dir/config (not created); fails on a failed expectation or a leak there.

@@ -12,10 +12,12 @@
 #include <functional>
 #include <string>
 
-namespace {
+namespace
+{
 
-class MessageTest : public ::testing::Test {
-protected:
+class MessageTest : public ::testing::Test
+{
+  protected:
     void SetUp() override
     {
         ov_window_stack_init();

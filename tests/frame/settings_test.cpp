@@ -9,10 +9,11 @@
 #include <algorithm>
 #include <csignal>
 #include <string>
-#include <tuple>
 #include <sys/resource.h>
+#include <tuple>
 
-namespace {
+namespace
+{
 
 using namespace ov::test;
 
@@ -48,7 +49,10 @@ std::string recent_remarks()
 
 // Each group as saved with values other than the defaults, and with the
 // defaults; written with ' for ".
-struct Group { guint mask; const char *set, *unset; };
+struct Group {
+    guint mask;
+    const char *set, *unset;
+};
 constexpr Group groups[] = {
     {OV_SETTINGS_ARCHIVE, "<archive path='/archive/å'/>", "<archive path=''/>"},
     {OV_SETTINGS_AUTOMATICALLY_PLACE_ID, "<automatically-place-id active='true'/>",
@@ -141,7 +145,7 @@ TEST(Settings, LoadSkipsWhatItCannotReadAndRefusesBrokenFiles)
                          "></default-printout-settings></settings>");
         ov_settings_set_left_handed(TRUE);
         EXPECT_TRUE(ov_settings_load(OV_SETTINGS_ALL)) << ov_error_get();
-        EXPECT_FALSE(ov_settings_get_left_handed()); // "True" is not "true"
+        EXPECT_FALSE(ov_settings_get_left_handed());                                  // "True" is not "true"
         EXPECT_EQ(ov_settings_get_default_printout_settings_identifier_setting(), 1); // "none" is unknown
         EXPECT_EQ(ov_settings_get_default_printout_settings_paper_orientation(), 1);  // "B5" unknown
         EXPECT_EQ(ov_settings_get_default_printout_settings_text_page_legend_mark_filter_level(), 2);
@@ -172,8 +176,10 @@ TEST(Settings, RecentCustomRemarksKeepTheNewestFive)
 {
     with_settings([](const std::string &) {
         const std::tuple<const char *, const char *, const char *> steps[] = {
-            {"123456", "x", "6:x 5:x 4:x 3:x 2:x"}, {"4", "x", "4:x 6:x 5:x 3:x 2:x"},
-            {"2", "x", "2:x 4:x 6:x 5:x 3:x"},      {"2", "y", "2:y 2:x 4:x 6:x 5:x"}}; // y: another entry
+            {"123456", "x", "6:x 5:x 4:x 3:x 2:x"},
+            {"4", "x", "4:x 6:x 5:x 3:x 2:x"},
+            {"2", "x", "2:x 4:x 6:x 5:x 3:x"},
+            {"2", "y", "2:y 2:x 4:x 6:x 5:x"}}; // y: another entry
         for (const auto &[codes, text, expected] : steps) {
             for (const char *code = codes; *code != '\0'; code++)
                 record_remark(std::string(1, *code).c_str(), text);

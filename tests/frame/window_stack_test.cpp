@@ -10,7 +10,8 @@
 
 #include <string>
 
-namespace {
+namespace
+{
 
 // What the stack last told a window about its cursor (-1: nothing yet).
 struct Cursor {
@@ -18,8 +19,9 @@ struct Cursor {
     static void record(int cursor_set, gpointer self) { static_cast<Cursor *>(self)->set = cursor_set; }
 };
 
-class WindowStackTest : public ::testing::Test {
-protected:
+class WindowStackTest : public ::testing::Test
+{
+  protected:
     void SetUp() override { ov_window_stack_init(); }
     void TearDown() override
     {

@@ -14,7 +14,8 @@
 #include <tuple>
 #include <utime.h>
 
-namespace {
+namespace
+{
 
 using namespace ov::test;
 
@@ -56,9 +57,9 @@ TEST(Workspace, PointerFileAndOpeningTheSavedOrTheDefaultFolder)
         const std::string workspace = dir.file("home/Orvane Workspace");
         EXPECT_EQ(ov::gstr(ov_workspace_get_default_folder_path()).get(), workspace);
         const std::function<void()> refusals[] = {
-            [] {},                                // no folder
+            [] {},                               // no folder
             [&] { write_file(workspace, "x"); }, // a file instead of the folder
-            [&] { // a file named layouts
+            [&] {                                // a file named layouts
                 g_unlink(workspace.c_str()), make_folder(workspace), write_file(workspace + "/layouts", "x");
             }};
         for (const auto &refuse : refusals) {
@@ -124,7 +125,8 @@ TEST(Workspace, CreateInstallsTheShippedFilesWithoutOverwritingAndSavesThePointe
 TEST(Workspace, FailedCreateUndoesEveryStep)
 {
     const std::pair<const char *, std::function<void(const TempDir &)>> breakers[] = {
-        {"", [](const TempDir &dir) { // the templates cannot be copied
+        {"",
+         [](const TempDir &dir) { // the templates cannot be copied
              for (const char *name : {"/painting.template", "/paper.template", ""})
                  g_remove(dir.file(std::string("install/templates") + name).c_str());
              write_file(dir.file("install/templates"), "not a folder");
@@ -160,11 +162,14 @@ TEST(Workspace, LayoutUpgradesReplaceOnlyUnchangedEarlierEditions)
         };
         const ov::GStr standard = md5("old standard"), modern = md5("old modern"), simple = md5("old simple");
         const OvLayoutEdition editions[] = {{"bundled_modern.layout", modern.get()},
-            {"bundled_simple.layout", simple.get()}, {"bundled_grey_blocks.layout", modern.get()}};
+                                            {"bundled_simple.layout", simple.get()},
+                                            {"bundled_grey_blocks.layout", modern.get()}};
         const std::tuple<const char *, const char *, bool> copies[] = {
-            {"standard.layout", "old standard", true},      {"bundled_modern.layout", "old modern", true},
+            {"standard.layout", "old standard", true},
+            {"bundled_modern.layout", "old modern", true},
             {"bundled_simple.layout", "old simple", false}, // not shipped any more
-            {"standard.layout", "changed", false},          {"bundled_modern.layout", "changed", false}};
+            {"standard.layout", "changed", false},
+            {"bundled_modern.layout", "changed", false}};
         for (const auto &[name, text, replaced] : copies) {
             write_file(layouts + name, text);
             ov_workspace_upgrade_layouts(standard.get(), editions, 3);
@@ -191,7 +196,11 @@ TEST(Workspace, RefreshReportsAddedChangedAndRemovedObjectFiles)
         ov_workspace_set_object_file_changed_callback(record, const_cast<char *>("changed"));
         ov_workspace_set_object_file_removed_callback(record, const_cast<char *>("removed"));
         using Events = std::set<std::string>;
-        auto refresh = [] { events.clear(); EXPECT_TRUE(ov_workspace_refresh()); return events; };
+        auto refresh = [] {
+            events.clear();
+            EXPECT_TRUE(ov_workspace_refresh());
+            return events;
+        };
         EXPECT_EQ(refresh(), (Events{"added A", "added B/C"}));
         EXPECT_EQ(refresh(), Events{});
         struct utimbuf times = {1000000000, 1000000000};

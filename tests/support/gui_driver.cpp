@@ -8,9 +8,11 @@
 
 #include <algorithm>
 
-namespace ov::test {
+namespace ov::test
+{
 
-namespace {
+namespace
+{
 
 using Predicate = std::function<bool(GtkWidget *)>;
 

@@ -19,7 +19,8 @@
 #include <string>
 #include <vector>
 
-namespace ov::test {
+namespace ov::test
+{
 
 // The window a user sees on top: the window stack's busy window or top
 // window, or a visible dialog that is transient for it (a file chooser run
@@ -63,8 +64,9 @@ void show_and_wait(GtkWidget *window);
 void wait_ms(guint milliseconds);
 void wait_until(const std::function<bool()> &condition, guint limit_ms = 2000);
 
-class Script {
-public:
+class Script
+{
+  public:
     using Condition = std::function<bool()>;
     using Action = std::function<void()>;
 
@@ -79,7 +81,7 @@ public:
     Script &then(Action action);                           // at the next chance
     bool done() const { return steps_.empty(); }
 
-private:
+  private:
     static gboolean tick(gpointer self);
 
     std::deque<std::pair<Condition, Action>> steps_;

@@ -10,14 +10,15 @@
 #include <fstream>
 #include <sstream>
 
-namespace ov::test {
-namespace {
+namespace ov::test
+{
+namespace
+{
 
 int allowed_depth = 0;
 int let_through = 0;
 
-GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields, gsize n_fields,
-                                  gpointer)
+GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields, gsize n_fields, gpointer)
 {
     if ((level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING | G_LOG_LEVEL_ERROR)) != 0) {
         if (allowed_depth > 0 && (level & G_LOG_LEVEL_ERROR) == 0) {
@@ -36,8 +37,7 @@ GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields,
 
 void remove_tree(const std::string &path)
 {
-    if (g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) &&
-        !g_file_test(path.c_str(), G_FILE_TEST_IS_SYMLINK)) {
+    if (g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) && !g_file_test(path.c_str(), G_FILE_TEST_IS_SYMLINK)) {
         if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
             while (const char *name = g_dir_read_name(dir))
                 remove_tree(path + "/" + name);
@@ -64,9 +64,15 @@ ExpectLogMessages::ExpectLogMessages()
     let_through = 0;
 }
 
-ExpectLogMessages::~ExpectLogMessages() { --allowed_depth; }
+ExpectLogMessages::~ExpectLogMessages()
+{
+    --allowed_depth;
+}
 
-int ExpectLogMessages::count() const { return let_through; }
+int ExpectLogMessages::count() const
+{
+    return let_through;
+}
 
 TempDir::TempDir()
 {

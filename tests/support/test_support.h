@@ -7,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-namespace ov::test {
+namespace ov::test
+{
 
 // Installs the GLib log writer that turns warnings and criticals into test
 // failures, and keeps GSettings and the accessibility bus out of the tests.
@@ -16,16 +17,18 @@ void install_log_handler();
 
 // Lets the next GLib warnings or criticals pass without failing the test,
 // for tests of g_return_if_fail guards. Counts what it let through.
-class ExpectLogMessages {
-public:
+class ExpectLogMessages
+{
+  public:
     ExpectLogMessages();
     ~ExpectLogMessages();
     int count() const;
 };
 
 // A fresh folder under /tmp, removed with its contents at the end of scope.
-class TempDir {
-public:
+class TempDir
+{
+  public:
     TempDir();
     ~TempDir();
     TempDir(const TempDir &) = delete;
@@ -33,7 +36,7 @@ public:
     const std::string &path() const { return path_; }
     std::string file(std::string_view name) const;
 
-private:
+  private:
     std::string path_;
 };
 

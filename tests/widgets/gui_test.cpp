@@ -19,7 +19,10 @@ using namespace ov::test;
 // definitions take the place of the toolkit's.
 static int beeps = 0;
 static int css_loads = 0;
-extern "C" void gdk_display_beep(GdkDisplay *) { ++beeps; }
+extern "C" void gdk_display_beep(GdkDisplay *)
+{
+    ++beeps;
+}
 extern "C" gboolean gtk_css_provider_load_from_data(GtkCssProvider *provider, const gchar *data,
                                                     gssize length, GError **error)
 {
@@ -63,7 +66,11 @@ struct EntryWindow : TestWindow {
     GtkWidget *entry = pack(ov_spacifying_entry_new(FALSE));
     GtkWidget *compact = pack(ov_spacifying_entry_new(TRUE));
     GtkWidget *view = pack(ov_spacifying_text_view_new(), TRUE);
-    EntryWindow() { show(); beeps = 0; }
+    EntryWindow()
+    {
+        show();
+        beeps = 0;
+    }
     std::string text() const { return gtk_entry_get_text(GTK_ENTRY(entry)); }
     std::string view_text() const
     {
@@ -198,9 +205,13 @@ TEST(SpacifyingFilter, WhiteSpaceBecomesSpacesAndNonLatin1CharactersGo)
         const char *input;
         gboolean keep_line_feeds;
         const char *fixed; // null: cannot be fixed
-    } cases[] = {{"plain \xc3\xa9 \xc3\xbf", FALSE, "plain \xc3\xa9 \xc3\xbf"}, {"", FALSE, ""},
-                 {"a\tb\r\nc", FALSE, "a b  c"}, {"a\r\nb", TRUE, "a \nb"}, {"bad\xff", FALSE, nullptr},
-                 {"line\nfeed", TRUE, "line\nfeed"}, {"bad\xc3", TRUE, nullptr},
+    } cases[] = {{"plain \xc3\xa9 \xc3\xbf", FALSE, "plain \xc3\xa9 \xc3\xbf"},
+                 {"", FALSE, ""},
+                 {"a\tb\r\nc", FALSE, "a b  c"},
+                 {"a\r\nb", TRUE, "a \nb"},
+                 {"bad\xff", FALSE, nullptr},
+                 {"line\nfeed", TRUE, "line\nfeed"},
+                 {"bad\xc3", TRUE, nullptr},
                  {"5 \xe2\x82\xac x\xf0\x9f\x98\x80y", FALSE, "5  xy"},
                  {"no\xc2\xa0thin\xe2\x80\x89space", FALSE, "no thin space"}};
     for (const auto &c : cases) {

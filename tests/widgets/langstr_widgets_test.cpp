@@ -31,8 +31,18 @@ constexpr const char *title = "Enter multilingual text";
 // UK English active, the window stack ready and the error buffer empty.
 struct Langstr : ErrorCleared {
     LocaleState keep_;
-    void SetUp() override { ErrorCleared::SetUp(); set_active("en-uk"); ov_window_stack_init(); }
-    void TearDown() override { ov_window_stack_clean_up(); flush_events(); ErrorCleared::TearDown(); }
+    void SetUp() override
+    {
+        ErrorCleared::SetUp();
+        set_active("en-uk");
+        ov_window_stack_init();
+    }
+    void TearDown() override
+    {
+        ov_window_stack_clean_up();
+        flush_events();
+        ErrorCleared::TearDown();
+    }
 };
 
 // Runs of equally tagged text: "[header]Danish:\n[inset]Farve"; an anchored child is "<child>".
@@ -129,12 +139,16 @@ TEST_F(Langstr, SwitchingTheActiveLocaleRelabelsEveryWidgetAtOnce)
 
 TEST_F(Langstr, StatusIconDrawsCountAndActiveLanguageCentredAndShowsTheDropdown)
 {
-    for (auto [ls, expected] : {std::pair("", "YY....."), {"sv=Hus", "YYY...."}, {"en-us=House", "GGG...."},
+    for (auto [ls, expected] : {std::pair("", "YY....."),
+                                {"sv=Hus", "YYY...."},
+                                {"en-us=House", "GGG...."},
                                 {"sv=Hus en-uk=House", "GGGG..."}})
         EXPECT_EQ(draw_symbol(langstr_of(ls).get(), 1.0), expected) << ls;
     EXPECT_EQ(draw_symbol(langstr_of("en-uk=House").get(), 0.5).substr(0, 8), "806e6e6e");
-    for (auto [colour, opacity] : {std::pair(GdkRGBA{0, 0, 0, 1}, 1.0), {{1, 0, 0, 1}, 0.701},
-                                   {{0, 1, 0, 1}, 0.413}, {{0, 0, 1, 1}, 0.886}})
+    for (auto [colour, opacity] : {std::pair(GdkRGBA{0, 0, 0, 1}, 1.0),
+                                   {{1, 0, 0, 1}, 0.701},
+                                   {{0, 1, 0, 1}, 0.413},
+                                   {{0, 0, 1, 1}, 0.886}})
         EXPECT_NEAR(ov_langstr_status_icon_symbol_opacity_for(&colour), opacity, 1e-9);
 
     TestWindow w;
@@ -174,9 +188,14 @@ TEST_F(Langstr, SpellCheckingFollowsTheLocaleWithRealDictionaries)
 {
     const struct {
         const char *tag, *code, *words; // code "": no dictionary; words "+accepted -rejected"
-    } cases[] = {{"en-uk", "en_GB", "+colour +scratched -recieve -scrached"}, {"en-us", "en_US", "+color"},
-                 {"sv", "sv_SE", "+f\xc3\xa4rg +repa -colour"}, {"de-de", "de_DE", "+Kratzer -Kratzr"},
-                 {"fr-fr", "fr", ""}, {"es-mx", "es_ES", ""}, {"fr-be", "", ""}, {"", "", ""}};
+    } cases[] = {{"en-uk", "en_GB", "+colour +scratched -recieve -scrached"},
+                 {"en-us", "en_US", "+color"},
+                 {"sv", "sv_SE", "+f\xc3\xa4rg +repa -colour"},
+                 {"de-de", "de_DE", "+Kratzer -Kratzr"},
+                 {"fr-fr", "fr", ""},
+                 {"es-mx", "es_ES", ""},
+                 {"fr-be", "", ""},
+                 {"", "", ""}};
     TestWindow w;
     auto *entry = GTK_ENTRY(w.pack(gtk_entry_new()));
     auto *view = GTK_TEXT_VIEW(w.pack(gtk_text_view_new()));
@@ -231,9 +250,15 @@ OvLangstrEditor *editor()
         find_widget(GTK_WIDGET(top_window()), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
 }
 
-GtkWidget *field(guint n) { return ov_translation_entry_get_text_widget(entries_of(editor()).at(n)); }
+GtkWidget *field(guint n)
+{
+    return ov_translation_entry_get_text_widget(entries_of(editor()).at(n));
+}
 
-std::string top_labels() { return label_texts(GTK_WIDGET(top_window())); }
+std::string top_labels()
+{
+    return label_texts(GTK_WIDGET(top_window()));
+}
 
 // A step that keeps the texts of the message box on top, then closes it.
 Script::Action take_message(std::string &texts)
@@ -265,9 +290,8 @@ struct WindowOptions {
 gboolean run_window(LangstrPtr &value, const WindowOptions &o = {})
 {
     langstr *ls = value.release();
-    gboolean ok =
-        ov_langstr_window_run(0, &ls, nullptr, nullptr, o.state, o.allow_empty, o.title, o.label, o.note,
-                              o.ok);
+    gboolean ok = ov_langstr_window_run(0, &ls, nullptr, nullptr, o.state, o.allow_empty, o.title, o.label,
+                                        o.note, o.ok);
     value.reset(ls);
     return ok;
 }
@@ -396,7 +420,8 @@ TEST_F(Langstr, EditorMatchesLockedTextsDeletesClearsAndReads)
                  {"sv=Hus", "=Hus", "en-uk=|sv=Hus#", false},
                  {"en-uk=House =Hus", "=Hus en-uk=House", "en-uk=House#@|=Hus#", false},
                  // A text that is not there, or a second pending undefined text.
-                 {"en-uk=Colour", "en-uk=Color", "en-uk=Colour", true}, {"en-uk=A", "=Z", "en-uk=A", true},
+                 {"en-uk=Colour", "en-uk=Color", "en-uk=Colour", true},
+                 {"en-uk=A", "=Z", "en-uk=A", true},
                  {"en-uk=A sv=B", "=A =B", "en-uk=A|sv=B", true}};
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.value) + " / " + c.locked);

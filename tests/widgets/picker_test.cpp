@@ -87,8 +87,8 @@ struct ListWindow : TestWindow {
             text += std::string(name) + " ";
             g_free(name);
         }
-        for (GtkWidget *button : {find_button(panel, "Move up"), find_button(panel, "Move down"),
-                                  find_button(panel, "Remove")})
+        for (GtkWidget *button :
+             {find_button(panel, "Move up"), find_button(panel, "Move down"), find_button(panel, "Remove")})
             text += button == nullptr ? "-" : gtk_widget_get_sensitive(button) ? "1" : "0";
         return text;
     }
@@ -100,11 +100,18 @@ TEST(LocalePicker, BestStatisticsPreferTheUsersLanguageThenUkEnglishThenAnyEngli
 {
     const struct {
         const char *system, *records, *expected; // records null: no statistics; expected "": none
-    } cases[] = {{"da", "sv:10 da:10", "da"}, {"de-de", "sv:10 da:10", "sv"}, {"sv", "sv:4 da:9", "da"},
-                 {"de-de", "sv:10 da:10 en-us:10", "en-us"}, {"de-de", "sv:10 en-uk:10 en-us:10", "en-uk"},
-                 {"de-de", "en-us:10 en-uk:10", "en-uk"}, {"da", "en-uk:10 da:10", "da"},
-                 {"da", "da:10 en-uk:10", "da"}, {"de-de", "sv:3 da:10 fi:10", "da"},
-                 {"de-de", "fi:1 de-de:2", "de-de"}, {"sv", "", ""}, {"sv", nullptr, ""}};
+    } cases[] = {{"da", "sv:10 da:10", "da"},
+                 {"de-de", "sv:10 da:10", "sv"},
+                 {"sv", "sv:4 da:9", "da"},
+                 {"de-de", "sv:10 da:10 en-us:10", "en-us"},
+                 {"de-de", "sv:10 en-uk:10 en-us:10", "en-uk"},
+                 {"de-de", "en-us:10 en-uk:10", "en-uk"},
+                 {"da", "en-uk:10 da:10", "da"},
+                 {"da", "da:10 en-uk:10", "da"},
+                 {"de-de", "sv:3 da:10 fi:10", "da"},
+                 {"de-de", "fi:1 de-de:2", "de-de"},
+                 {"sv", "", ""},
+                 {"sv", nullptr, ""}};
     LocaleState keep;
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.system) + " / " + (c.records ? c.records : "none"));

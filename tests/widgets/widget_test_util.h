@@ -24,7 +24,11 @@ struct TestWindow {
         return ov_gui_pack_widget(GTK_BOX(box), widget, expand);
     }
     void show() { show_and_wait(window); }
-    ~TestWindow() { gtk_widget_destroy(window); flush_events(); }
+    ~TestWindow()
+    {
+        gtk_widget_destroy(window);
+        flush_events();
+    }
 };
 
 // A list from tags: "sv da".
@@ -49,9 +53,15 @@ struct LocaleState {
     }
 };
 
-inline void set_active(const char *tag) { ov_ovinternal_set_active_locale(ov_locale_get_by_tag(tag)); }
+inline void set_active(const char *tag)
+{
+    ov_ovinternal_set_active_locale(ov_locale_get_by_tag(tag));
+}
 
-inline bool contains(const std::string &s, const char *part) { return s.find(part) != std::string::npos; }
+inline bool contains(const std::string &s, const char *part)
+{
+    return s.find(part) != std::string::npos;
+}
 
 // Lets the main loop run until every step of the script ran.
 inline void finish(const Script &script)
