@@ -6,7 +6,6 @@
 #include "core/raii.h"
 #include "core/util.h"
 #include "core/xml.h"
-#include "frame/workspace.h"
 #include "lang/langstr_xml.h"
 
 #include <algorithm>
@@ -123,18 +122,6 @@ OvCodeset *ov_codeset_io_read_from_file(const char *path)
         return nullptr;
     }
     return codeset.release();
-}
-
-OvCodeset *ov_codeset_io_read_from_file_in_workspace(const char *file_name)
-{
-    g_return_val_if_fail(file_name != nullptr, nullptr);
-    const char *folder = ov_workspace_get_codesets_folder_path();
-    if (folder == nullptr) {
-        ov_error_set("No workspace is open.");
-        return nullptr;
-    }
-    ov::GStr path = ov::gstr(ov_fs_utils_create_path_in_folder(folder, file_name, nullptr));
-    return ov_codeset_io_read_from_file(path.get());
 }
 
 gboolean ov_codeset_io_write_to_file(const OvCodeset *codeset, const char *path)

@@ -3,7 +3,7 @@
 #include "core/error.h"
 #include "core/raii.h"
 #include "frame/window_stack.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include <cstdarg>
 

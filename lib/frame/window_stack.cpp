@@ -3,8 +3,8 @@
 #include "core/list.h"
 #include "core/raii.h"
 #include "core/util.h"
-#include "widgets/gui.h"
-#include "widgets/style.h"
+#include "gui/gui.h"
+#include "gui/style.h"
 
 #include <algorithm>
 #include <vector>

@@ -11,6 +11,7 @@
 #include "core/strings.h"
 #include "core/util.h"
 #include "core/xml.h"
+#include "docs/codeset_io.h"
 
 #include <array>
 #include <cstring>
@@ -600,4 +601,16 @@ gboolean ov_workspace_has_object_file_path(const char *path)
 {
     g_return_val_if_fail(state != nullptr && path != nullptr, FALSE);
     return ov_util_is_file_path_in_folder(state->object_files_folder_path.get(), path);
+}
+
+OvCodeset *ov_codeset_io_read_from_file_in_workspace(const char *file_name)
+{
+    g_return_val_if_fail(file_name != nullptr, nullptr);
+    const char *folder = ov_workspace_get_codesets_folder_path();
+    if (folder == nullptr) {
+        ov_error_set("No workspace is open.");
+        return nullptr;
+    }
+    ov::GStr path = ov::gstr(ov_fs_utils_create_path_in_folder(folder, file_name, nullptr));
+    return ov_codeset_io_read_from_file(path.get());
 }

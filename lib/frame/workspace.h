@@ -7,6 +7,8 @@
 
 #include <glib.h>
 
+#include "docs/codeset.h"
+
 // One object file found in the documents folder.
 //
 // The suite's object-file format is not part of this program, so a record
@@ -50,6 +52,10 @@ const char *ov_workspace_get_layouts_folder_path();
 const char *ov_workspace_get_object_files_folder_path();
 const char *ov_workspace_get_templates_folder_path();
 const char *ov_workspace_get_workspace_folder_path();
+
+// Reads the codeset file of that name in the workspace's codesets folder
+// (the codeset module itself knows nothing of the workspace).
+OvCodeset *ov_codeset_io_read_from_file_in_workspace(const char *file_name);
 
 // The folder the shipped components are installed from: the folder of the
 // program (null) or another one, for tests and runs from the build tree.

@@ -2,7 +2,7 @@
 
 #include "frame/message.h"
 #include "frame/window_stack.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 struct _OvDropdownPanel {
     GtkWindow parent_instance;

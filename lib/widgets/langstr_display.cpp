@@ -2,9 +2,9 @@
 
 #include "core/raii.h"
 #include "core/strings.h"
+#include "gui/gui.h"
 #include "lang/event_bus.h"
 #include "widgets/dropdown_panel.h"
-#include "widgets/gui.h"
 #include "widgets/langstr_status_icon.h"
 
 struct _OvLangstrDisplay {

@@ -3,8 +3,8 @@
 #include "core/error.h"
 #include "core/raii.h"
 #include "frame/message.h"
+#include "gui/gui.h"
 #include "lang/active_locale.h"
-#include "widgets/gui.h"
 #include "widgets/locale_list_menu.h"
 #include "widgets/translation_entry.h"
 

@@ -1,10 +1,10 @@
 #include "widgets/langstr_entry.h"
 
-#include "widgets/gui.h"
+#include "gui/gui.h"
+#include "gui/style.h"
 #include "widgets/langstr_label.h"
 #include "widgets/langstr_status_icon.h"
 #include "widgets/langstr_window.h"
-#include "widgets/style.h"
 
 struct _OvLangstrEntry {
     GtkButton parent_instance;

@@ -3,7 +3,7 @@
 #include "core/error.h"
 #include "frame/message.h"
 #include "frame/window_stack.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 #include "widgets/langstr_editor.h"
 #include "widgets/translation_entry.h"
 

@@ -1,6 +1,6 @@
 #include "widgets/list_control_panel.h"
 
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 struct _OvListControlPanel {
     GtkBox parent_instance;

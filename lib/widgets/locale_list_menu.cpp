@@ -1,8 +1,8 @@
 #include "widgets/locale_list_menu.h"
 
 #include "core/raii.h"
-#include "widgets/menu.h"
-#include "widgets/style.h"
+#include "gui/menu.h"
+#include "gui/style.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "widgets/locale_picker.h"
 
 #include "core/raii.h"
+#include "gui/gui.h"
 #include "lang/active_locale.h"
 #include "lang/locale_list.h"
-#include "widgets/gui.h"
 #include "widgets/locale_list_menu.h"
 
 struct OvLocalePickerPrivate {

@@ -1,9 +1,9 @@
 #include "widgets/picker.h"
 
 #include "core/raii.h"
-#include "widgets/gui.h"
-#include "widgets/menu.h"
-#include "widgets/style.h"
+#include "gui/gui.h"
+#include "gui/menu.h"
+#include "gui/style.h"
 
 #include <new>
 #include <string>

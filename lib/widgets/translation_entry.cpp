@@ -1,10 +1,10 @@
 #include "widgets/translation_entry.h"
 
+#include "gui/gui.h"
+#include "gui/spacifying_entry.h"
+#include "gui/spacifying_text_view.h"
 #include "lang/active_locale.h"
-#include "widgets/gui.h"
 #include "widgets/locale_picker.h"
-#include "widgets/spacifying_entry.h"
-#include "widgets/spacifying_text_view.h"
 #include "widgets/spell_check.h"
 
 struct _OvTranslationEntry {

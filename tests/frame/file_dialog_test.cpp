@@ -6,7 +6,7 @@
 #include "core/raii.h"
 #include "frame/file_dialog.h"
 #include "frame/window_stack.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include <gtest/gtest.h>
 

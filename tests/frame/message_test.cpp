@@ -5,7 +5,7 @@
 #include "core/error.h"
 #include "frame/message.h"
 #include "frame/window_stack.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include <gtest/gtest.h>
 

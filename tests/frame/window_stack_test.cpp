@@ -4,7 +4,7 @@
 #include "support/test_support.h"
 
 #include "frame/window_stack.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 // Locale pickers, the language menu, the string picker, the list control panel and the dropdown's placement.
 #include "widgets/widget_test_util.h"
 
+#include "gui/menu.h"
 #include "lang/translation_stats.h"
 #include "widgets/dropdown_panel.h"
 #include "widgets/list_control_panel.h"
 #include "widgets/locale_list_menu.h"
 #include "widgets/locale_picker.h"
-#include "widgets/menu.h"
 #include "widgets/picker.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
 list(APPEND OV_GUI_TEST_SOURCES
   support/gui_driver.cpp
   widgets/gtk_smoke_test.cpp
-  widgets/gui_test.cpp
   widgets/picker_test.cpp
   widgets/langstr_widgets_test.cpp
 )

@@ -6,8 +6,8 @@
 #include "support/test_support.h"
 
 #include "core/raii.h"
+#include "gui/gui.h"
 #include "lang/active_locale.h"
-#include "widgets/gui.h"
 
 #include <sstream>
 #include <string>

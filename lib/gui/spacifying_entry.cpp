@@ -1,8 +1,8 @@
-#include "widgets/spacifying_entry.h"
+#include "gui/spacifying_entry.h"
 
 #include "core/raii.h"
 #include "core/strings.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include <cstring>
 

@@ -2,10 +2,10 @@
 #include "widgets/widget_test_util.h"
 
 #include "core/error.h"
-#include "widgets/menu.h"
-#include "widgets/spacifying_entry.h"
-#include "widgets/spacifying_text_view.h"
-#include "widgets/style.h"
+#include "gui/menu.h"
+#include "gui/spacifying_entry.h"
+#include "gui/spacifying_text_view.h"
+#include "gui/style.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
-#include "widgets/style.h"
+#include "gui/style.h"
 
 #include "core/error.h"
 #include "core/raii.h"
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include <array>
 

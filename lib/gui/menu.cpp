@@ -1,4 +1,4 @@
-#include "widgets/menu.h"
+#include "gui/menu.h"
 
 #include "core/raii.h"
 #include "core/strings.h"

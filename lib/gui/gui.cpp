@@ -1,10 +1,10 @@
-#include "widgets/gui.h"
+#include "gui/gui.h"
 
 #include "core/error.h"
 #include "core/raii.h"
 #include "core/util.h"
-#include "widgets/spacifying_entry.h"
-#include "widgets/spacifying_text_view.h"
+#include "gui/spacifying_entry.h"
+#include "gui/spacifying_text_view.h"
 
 namespace
 {

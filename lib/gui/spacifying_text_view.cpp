@@ -1,9 +1,9 @@
-#include "widgets/spacifying_text_view.h"
+#include "gui/spacifying_text_view.h"
 
 #include "core/raii.h"
 #include "core/strings.h"
-#include "widgets/gui.h"
-#include "widgets/spacifying_entry.h"
+#include "gui/gui.h"
+#include "gui/spacifying_entry.h"
 
 struct _OvSpacifyingTextView {
     GtkTextView parent_instance;
