@@ -1,0 +1,1 @@
+#include "docs_gui/template_gui.h"

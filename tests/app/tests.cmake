@@ -1,0 +1,2 @@
+list(APPEND OV_GUI_TEST_SOURCES
+)
