@@ -14,16 +14,16 @@
 #include <unistd.h>
 #include <utility>
 
-struct OvAtomicFile {
+namespace
+{
+
+struct AtomicFile {
     ov::GStr target_path;    // file-system encoding, symbolic links resolved
     ov::GStr temporary_path; // file-system encoding
     FILE *stream = nullptr;
     gboolean keeps_mode = FALSE;
     mode_t mode = 0;
 };
-
-namespace
-{
 
 // Sets the errno text with the sentence of the file-system layer on top.
 void set_errno_error(int error_number, const char *sentence)
@@ -61,26 +61,32 @@ void sync_folder_of(const char *fs_path)
     close(fd);
 }
 
-void free_file(OvAtomicFile *file)
+// Closes and removes the temporary file unless committed.
+void discard(AtomicFile *file)
 {
+    if (file->stream != nullptr) {
+        fclose(file->stream);
+        g_unlink(file->temporary_path.get());
+    }
     delete file;
 }
 
-} // namespace
+using AtomicFilePtr = std::unique_ptr<AtomicFile, decltype(&discard)>;
 
-OvAtomicFile *ov_atomic_file_open(const char *path)
+// Creates the temporary file beside path; null with the error text of a
+// failed file open on failure.
+AtomicFilePtr open_temporary(const char *path)
 {
-    g_return_val_if_fail(path != nullptr, nullptr);
 
     ov::GErrorPtr error;
     ov::GStr fs_path = ov::gstr(g_filename_from_utf8(path, -1, nullptr, nullptr, ov::out(error)));
     if (!fs_path) {
         ov_error_set_from_gerror_and_free(error.release());
         ov_error_append("Could not use filename.");
-        return nullptr;
+        return AtomicFilePtr(nullptr, discard);
     }
 
-    std::unique_ptr<OvAtomicFile, decltype(&free_file)> file(new OvAtomicFile, free_file);
+    AtomicFilePtr file(new AtomicFile, discard);
     file->target_path = resolve_target(fs_path.get());
 
     struct stat info;
@@ -94,7 +100,7 @@ OvAtomicFile *ov_atomic_file_open(const char *path)
     int fd = g_mkstemp_full(file->temporary_path.get(), O_RDWR | O_CLOEXEC, 0666);
     if (fd < 0) {
         set_errno_error(errno, "Cannot open file.");
-        return nullptr;
+        return AtomicFilePtr(nullptr, discard);
     }
     file->stream = fdopen(fd, "wb");
     if (file->stream == nullptr) {
@@ -102,22 +108,16 @@ OvAtomicFile *ov_atomic_file_open(const char *path)
         close(fd);
         g_unlink(file->temporary_path.get());
         set_errno_error(saved, "Cannot open file.");
-        return nullptr;
+        return AtomicFilePtr(nullptr, discard);
     }
-    return file.release();
+    return file;
 }
 
-FILE *ov_atomic_file_get_stream(OvAtomicFile *file)
+// Flushes, syncs and closes the temporary file, gives it the old file's mode
+// and renames it over the target, then syncs the folder. The temporary file
+// is gone afterwards, renamed or removed.
+bool commit(AtomicFile *file)
 {
-    g_return_val_if_fail(file != nullptr, nullptr);
-    return file->stream;
-}
-
-gboolean ov_atomic_file_commit(OvAtomicFile *file)
-{
-    g_return_val_if_fail(file != nullptr, FALSE);
-    std::unique_ptr<OvAtomicFile, decltype(&free_file)> owner(file, free_file);
-
     FILE *stream = std::exchange(file->stream, nullptr);
     bool written = fflush(stream) == 0 && ferror(stream) == 0;
     if (written && file->keeps_mode)
@@ -127,25 +127,32 @@ gboolean ov_atomic_file_commit(OvAtomicFile *file)
     if (!written) {
         g_unlink(file->temporary_path.get());
         ov_error_set_file_io_writing();
-        return FALSE;
+        return false;
     }
 
     if (rename(file->temporary_path.get(), file->target_path.get()) != 0) {
         int saved = errno;
         g_unlink(file->temporary_path.get());
         set_errno_error(saved, "Cannot rename file/folder.");
-        return FALSE;
+        return false;
     }
     sync_folder_of(file->target_path.get());
-    return TRUE;
+    return true;
 }
 
-void ov_atomic_file_discard(OvAtomicFile *file)
+} // namespace
+
+gboolean ov_atomic_file_write(const char *path, const std::function<bool(FILE *stream)> &writer,
+                              const char *open_failure)
 {
-    if (file == nullptr)
-        return;
-    if (file->stream != nullptr)
-        fclose(file->stream);
-    g_unlink(file->temporary_path.get());
-    free_file(file);
+    g_return_val_if_fail(path != nullptr && writer, FALSE);
+    AtomicFilePtr file = open_temporary(path);
+    if (!file) {
+        if (open_failure != nullptr)
+            ov_error_append(open_failure);
+        return FALSE;
+    }
+    if (!writer(file->stream))
+        return FALSE;
+    return commit(file.get());
 }

@@ -8,21 +8,13 @@
 #include <glib.h>
 
 #include <cstdio>
+#include <functional>
 
-struct OvAtomicFile;
-
-// Creates the temporary file beside path. Returns null with the error text
-// of a failed file open on failure.
-OvAtomicFile *ov_atomic_file_open(const char *path);
-
-// The stream to write the new contents into.
-FILE *ov_atomic_file_get_stream(OvAtomicFile *file);
-
-// Flushes, syncs and closes the temporary file, gives it the old file's mode
-// and renames it over the target, then syncs the folder. Always frees file.
-// On failure the temporary file is removed and the error text set ("File I/O
-// error when writing to file." for a failed write or close).
-gboolean ov_atomic_file_commit(OvAtomicFile *file);
-
-// Closes and removes the temporary file and frees file; null is a no-op.
-void ov_atomic_file_discard(OvAtomicFile *file);
+// Writes the new contents of path: opens the temporary file, hands its stream
+// to writer and commits when writer returns true, else removes the temporary
+// file and returns FALSE with the error writer set. On failure the old file
+// stays and the error text is set: the errno text of a failed open with
+// "Cannot open file." (and open_failure on top when given), "File I/O error
+// when writing to file." for a failed flush or close.
+gboolean ov_atomic_file_write(const char *path, const std::function<bool(FILE *stream)> &writer,
+                              const char *open_failure = nullptr);

@@ -127,14 +127,6 @@ OvCodeset *ov_codeset_io_read_from_file(const char *path)
 gboolean ov_codeset_io_write_to_file(const OvCodeset *codeset, const char *path)
 {
     g_return_val_if_fail(codeset != nullptr && path != nullptr, FALSE);
-    OvAtomicFile *file = ov_atomic_file_open(path);
-    if (file == nullptr) {
-        ov_error_append("Cannot create file.");
-        return FALSE;
-    }
-    if (!write_codeset(ov_atomic_file_get_stream(file), codeset)) {
-        ov_atomic_file_discard(file);
-        return FALSE;
-    }
-    return ov_atomic_file_commit(file);
+    return ov_atomic_file_write(
+        path, [codeset](FILE *stream) { return write_codeset(stream, codeset); }, "Cannot create file.");
 }

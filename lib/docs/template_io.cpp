@@ -513,16 +513,8 @@ ov_template *ov_template_io_read_from_file(const char *path)
 gboolean ov_template_io_write_to_file(const ov_template *tmpl, const char *path)
 {
     g_return_val_if_fail(tmpl != nullptr && path != nullptr, FALSE);
-    OvAtomicFile *file = ov_atomic_file_open(path);
-    if (file == nullptr) {
-        ov_error_append("Cannot create file.");
-        return FALSE;
-    }
-    if (!write_template(ov_atomic_file_get_stream(file), tmpl)) {
-        ov_atomic_file_discard(file);
-        return FALSE;
-    }
-    return ov_atomic_file_commit(file);
+    return ov_atomic_file_write(
+        path, [tmpl](FILE *stream) { return write_template(stream, tmpl); }, "Cannot create file.");
 }
 
 gchar *ov_template_io_format_ui_string(const char *path)

@@ -506,14 +506,9 @@ gboolean ov_settings_save(guint mask)
         if ((mask & bit) != 0 && !save_group(root, bit))
             return FALSE;
 
-    OvAtomicFile *file = ov_atomic_file_open(path);
-    if (file == nullptr)
-        return FALSE;
-    if (!ov_xml_write_to_stream(document.get(), ov_atomic_file_get_stream(file), "UTF-8")) {
-        ov_atomic_file_discard(file);
-        return FALSE;
-    }
-    return ov_atomic_file_commit(file);
+    return ov_atomic_file_write(path, [&document](FILE *stream) {
+        return ov_xml_write_to_stream(document.get(), stream, "UTF-8") != FALSE;
+    });
 }
 
 const char *ov_settings_get_settings_file_path()

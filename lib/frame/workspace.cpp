@@ -110,15 +110,13 @@ bool copy_file_over(const char *source, const char *target)
     if (!ov_stream_copy_from_file_path_to_memory(source, &raw_data, &length))
         return false;
     ov::GStr data = ov::gstr(raw_data);
-    OvAtomicFile *file = ov_atomic_file_open(target);
-    if (file == nullptr)
-        return false;
-    if (length > 0 && fwrite(data.get(), 1, length, ov_atomic_file_get_stream(file)) != length) {
-        ov_atomic_file_discard(file);
-        ov_error_set_file_io_writing();
-        return false;
-    }
-    return ov_atomic_file_commit(file);
+    return ov_atomic_file_write(target, [&](FILE *stream) {
+        if (length > 0 && fwrite(data.get(), 1, length, stream) != length) {
+            ov_error_set_file_io_writing();
+            return false;
+        }
+        return true;
+    });
 }
 
 bool file_has_md5sum(const char *path, const char *md5sum)
@@ -325,14 +323,9 @@ gboolean ov_workspace_save_folder_path(const char *path)
     if (workspace == nullptr || ov_xml_set_attribute(workspace, "path", path) == nullptr)
         return FALSE;
 
-    OvAtomicFile *atomic = ov_atomic_file_open(file.get());
-    if (atomic == nullptr)
-        return FALSE;
-    if (!ov_xml_write_to_stream(document.get(), ov_atomic_file_get_stream(atomic), "UTF-8")) {
-        ov_atomic_file_discard(atomic);
-        return FALSE;
-    }
-    return ov_atomic_file_commit(atomic);
+    return ov_atomic_file_write(file.get(), [&document](FILE *stream) {
+        return ov_xml_write_to_stream(document.get(), stream, "UTF-8") != FALSE;
+    });
 }
 
 // Opening, closing and creating

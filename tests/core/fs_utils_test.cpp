@@ -263,21 +263,39 @@ std::string listing(const std::string &folder)
     return text;
 }
 
-TEST_F(AtomicFile, CommitReplacesTheContentsAndKeepsTheMode)
+TEST_F(AtomicFile, CommitReplacesTheContentsAndKeepsTheModeAFailedWriterKeepsTheOldFile)
 {
     TempDir dir;
     const std::string path = dir.file("a.codeset");
     write_file(path, "old contents");
     chmod(path.c_str(), 0640);
-    OvAtomicFile *file = ov_atomic_file_open(path.c_str());
-    ASSERT_NE(file, nullptr);
-    fputs("new", ov_atomic_file_get_stream(file));
-    EXPECT_EQ(read_file(path), "old contents"); // until the commit
-    ASSERT_EQ(result(ov_atomic_file_commit(file)), "ok");
+    std::string seen_during_write;
+    ASSERT_EQ(result(ov_atomic_file_write(path.c_str(),
+                                          [&](FILE *stream) {
+                                              seen_during_write = read_file(path);
+                                              return fputs("new", stream) >= 0;
+                                          })),
+              "ok");
+    EXPECT_EQ(seen_during_write, "old contents"); // until the commit
     EXPECT_EQ(read_file(path), "new");
     EXPECT_EQ(listing(dir.path()), "a.codeset 640;");
-    ov_atomic_file_discard(ov_atomic_file_open(path.c_str()));
+
+    EXPECT_EQ(result(ov_atomic_file_write(path.c_str(),
+                                          [](FILE *stream) {
+                                              fputs("half", stream);
+                                              ov_error_set("Writer failed.");
+                                              return false;
+                                          })),
+              "Writer failed.");
+    EXPECT_EQ(read_file(path), "new");
     EXPECT_EQ(listing(dir.path()), "a.codeset 640;");
+
+    const std::string missing = dir.file("no/such/folder.xml");
+    bool called = false;
+    EXPECT_FALSE(ov_atomic_file_write(
+        missing.c_str(), [&](FILE *) { return called = true; }, "Cannot create file."));
+    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Cannot create file.\n\n")) << ov_error_get();
+    EXPECT_FALSE(called);
 }
 
 // A full disk, played by a file size limit: many small writes fail only
@@ -291,12 +309,14 @@ TEST_F(AtomicFile, FailedWritesKeepTheOldFile)
     EXPECT_EQ(run_in_child([&] {
                   signal(SIGXFSZ, SIG_IGN);
                   const rlimit limit = {1000, 1000};
-                  OvAtomicFile *file =
-                      setrlimit(RLIMIT_FSIZE, &limit) == 0 ? ov_atomic_file_open(path.c_str()) : nullptr;
-                  for (int i = 0; file != nullptr && i < 1000; i++)
-                      fprintf(ov_atomic_file_get_stream(file), "<line>%d</line>\n", i);
-                  return file != nullptr &&
-                         result(ov_atomic_file_commit(file)) == "File I/O error when writing to file.";
+                  auto write_lines = [](FILE *stream) {
+                      for (int i = 0; i < 1000; i++)
+                          fprintf(stream, "<line>%d</line>\n", i);
+                      return true;
+                  };
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+                         result(ov_atomic_file_write(path.c_str(), write_lines)) ==
+                             "File I/O error when writing to file.";
               }),
               0);
     EXPECT_EQ(read_file(path), old_contents);
