@@ -135,6 +135,11 @@ class SourceGuard
     SourceGuard(const SourceGuard &) = delete;
     SourceGuard &operator=(const SourceGuard &) = delete;
     SourceGuard(SourceGuard &&other) noexcept : id_(std::exchange(other.id_, 0)) {}
+    SourceGuard &operator=(SourceGuard &&other) noexcept
+    {
+        reset(other.release());
+        return *this;
+    }
     ~SourceGuard() { reset(); }
     void reset(guint id = 0)
     {
@@ -149,26 +154,43 @@ class SourceGuard
     guint id_ = 0;
 };
 
-// Disconnects a signal handler when the scope ends, unless released.
+// Disconnects a signal handler of a GObject when the scope ends or on reset,
+// unless released. The object is watched through a weak pointer, which
+// GObject clears on dispose, where it drops every handler: an object
+// disposed (a destroyed widget) or finalised meanwhile is left alone. The
+// guard stays where it was made.
 class SignalGuard
 {
   public:
     SignalGuard() = default;
-    SignalGuard(gpointer instance, gulong id) : instance_(instance), id_(id) {}
+    SignalGuard(gpointer instance, gulong id) { watch(instance, id); }
     SignalGuard(const SignalGuard &) = delete;
     SignalGuard &operator=(const SignalGuard &) = delete;
-    ~SignalGuard()
+    ~SignalGuard() { reset(); }
+    // Disconnects the handler held, then holds the one given.
+    void reset(gpointer instance = nullptr, gulong id = 0)
     {
         if (instance_ != nullptr && id_ != 0)
             g_signal_handler_disconnect(instance_, id_);
+        release();
+        watch(instance, id);
     }
     gulong release()
     {
-        instance_ = nullptr;
+        if (instance_ != nullptr)
+            g_object_remove_weak_pointer(G_OBJECT(std::exchange(instance_, nullptr)), &instance_);
         return std::exchange(id_, 0);
     }
 
   private:
+    void watch(gpointer instance, gulong id)
+    {
+        instance_ = instance;
+        id_ = id;
+        if (instance_ != nullptr)
+            g_object_add_weak_pointer(G_OBJECT(instance_), &instance_);
+    }
+
     gpointer instance_ = nullptr;
     gulong id_ = 0;
 };

@@ -27,8 +27,8 @@ struct Node {
     OvWindowStackMouseCursorCallback mouse_cursor_callback;
     gpointer mouse_cursor_callback_data;
     BusyRecord *busy;
-    gulong focus_in_handler;
-    gulong focus_out_handler;
+    ov::SignalGuard focus_in_handler;
+    ov::SignalGuard focus_out_handler;
     Node *previous;
     Node *next;
 };
@@ -40,7 +40,7 @@ struct WindowStack {
     gpointer focus_callback_data = nullptr;
     ov::SentinelList<Node> nodes;
     // Idle and timeout sources of the focus tracking still pending.
-    std::vector<guint> focus_sources;
+    std::vector<ov::SourceGuard> focus_sources;
     // Cursors made on one display, reused while it stays the same.
     GdkDisplay *cursor_display = nullptr;
     GdkCursor *wait_cursor = nullptr;
@@ -117,8 +117,14 @@ void forget_focus_source(guint id)
 {
     if (stack == nullptr)
         return;
+    // The source ends by returning G_SOURCE_REMOVE; its guard lets go.
     auto &sources = stack->focus_sources;
-    sources.erase(std::remove(sources.begin(), sources.end(), id), sources.end());
+    auto it = std::find_if(sources.begin(), sources.end(),
+                           [id](const ov::SourceGuard &s) { return s.get() == id; });
+    if (it != sources.end()) {
+        it->release();
+        sources.erase(it);
+    }
 }
 
 bool stack_has_focus()
@@ -153,7 +159,7 @@ gboolean focus_idle(gpointer source_id)
         [](gpointer box) -> gboolean { return focus_timeout(GUINT_TO_POINTER(*static_cast<guint *>(box))); },
         id_box, g_free);
     *id_box = id;
-    stack->focus_sources.push_back(id);
+    stack->focus_sources.emplace_back(id);
     return G_SOURCE_REMOVE;
 }
 
@@ -168,7 +174,7 @@ gboolean on_focus_out(GtkWidget *, GdkEventFocus *, gpointer)
         [](gpointer box) -> gboolean { return focus_idle(GUINT_TO_POINTER(*static_cast<guint *>(box))); },
         id_box, g_free);
     *id_box = id;
-    stack->focus_sources.push_back(id);
+    stack->focus_sources.emplace_back(id);
     return FALSE;
 }
 
@@ -193,9 +199,10 @@ Node *link_node(GtkWindow *window, BusyRecord *busy)
     ov::list_append(stack->nodes, node);
     if (window != nullptr) {
         g_object_add_weak_pointer(G_OBJECT(window), reinterpret_cast<gpointer *>(&node->window));
-        node->focus_in_handler = g_signal_connect(window, "focus-in-event", G_CALLBACK(on_focus_in), nullptr);
-        node->focus_out_handler =
-            g_signal_connect(window, "focus-out-event", G_CALLBACK(on_focus_out), nullptr);
+        node->focus_in_handler.reset(
+            window, g_signal_connect(window, "focus-in-event", G_CALLBACK(on_focus_in), nullptr));
+        node->focus_out_handler.reset(
+            window, g_signal_connect(window, "focus-out-event", G_CALLBACK(on_focus_out), nullptr));
     }
     return node;
 }
@@ -203,11 +210,10 @@ Node *link_node(GtkWindow *window, BusyRecord *busy)
 void free_node(Node *node)
 {
     ov::list_unlink(node);
-    if (node->window != nullptr) {
-        g_signal_handler_disconnect(node->window, node->focus_in_handler);
-        g_signal_handler_disconnect(node->window, node->focus_out_handler);
+    node->focus_in_handler.reset();
+    node->focus_out_handler.reset();
+    if (node->window != nullptr)
         g_object_remove_weak_pointer(G_OBJECT(node->window), reinterpret_cast<gpointer *>(&node->window));
-    }
     if (node->busy != nullptr) {
         if (node->busy->busy_window != nullptr)
             gtk_widget_destroy(node->busy->busy_window);
@@ -356,8 +362,6 @@ void ov_window_stack_clean_up()
     if (stack == nullptr)
         return;
     ov::list_destroy(stack->nodes, free_node);
-    for (guint id : stack->focus_sources)
-        g_source_remove(id);
     g_clear_object(&stack->wait_cursor);
     g_clear_object(&stack->default_cursor);
     delete stack;
@@ -458,13 +462,15 @@ void ov_window_stack_run_window(GtkWindow *window, int position_mode, GtkWidget 
     ov_window_stack_push_window(window, position_mode);
     if (callback != nullptr)
         ov_window_stack_set_mouse_cursor_callback(callback, callback_data);
-    gulong handler = g_signal_connect(window, "destroy", G_CALLBACK(on_run_window_destroy), &state);
-    gtk_widget_show(GTK_WIDGET(window));
-    gtk_window_set_focus(window, focus_widget);
-    g_main_loop_run(state.loop);
+    {
+        ov::SignalGuard on_destroy(
+            window, g_signal_connect(window, "destroy", G_CALLBACK(on_run_window_destroy), &state));
+        gtk_widget_show(GTK_WIDGET(window));
+        gtk_window_set_focus(window, focus_widget);
+        g_main_loop_run(state.loop);
+    }
     g_main_loop_unref(state.loop);
     if (!state.finalized) {
-        g_signal_handler_disconnect(window, handler);
         g_object_weak_unref(G_OBJECT(window), note_finalized, &state);
         gtk_widget_destroy(GTK_WIDGET(window));
     }

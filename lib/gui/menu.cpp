@@ -175,7 +175,7 @@ void ov_gui_menu_run_and_destroy(GtkMenu *menu, GtkWidget *anchor)
     g_return_if_fail(GTK_IS_MENU(menu));
     g_object_ref_sink(menu);
     GMainLoop *loop = g_main_loop_new(nullptr, FALSE);
-    gulong handler = g_signal_connect(menu, "deactivate", G_CALLBACK(quit_loop), loop);
+    ov::SignalGuard on_deactivate(menu, g_signal_connect(menu, "deactivate", G_CALLBACK(quit_loop), loop));
     GdkEvent *event = trigger_event();
     if (anchor != nullptr && gtk_widget_get_realized(anchor)) {
         match_anchor_width(menu, anchor);
@@ -191,7 +191,7 @@ void ov_gui_menu_run_and_destroy(GtkMenu *menu, GtkWidget *anchor)
     // and would never be deactivated.
     if (gtk_widget_get_visible(GTK_WIDGET(menu)))
         g_main_loop_run(loop);
-    g_signal_handler_disconnect(menu, handler);
+    on_deactivate.reset();
     g_main_loop_unref(loop);
     gtk_widget_destroy(GTK_WIDGET(menu));
     g_object_unref(menu);

@@ -28,10 +28,7 @@ void on_picked(OvLocalePicker *, gpointer locale, gpointer)
 static void ov_active_locale_picker_dispose(GObject *object)
 {
     auto *picker = OV_ACTIVE_LOCALE_PICKER(object);
-    if (picker->active_locale_handler != nullptr) {
-        ov_event_bus_disconnect(picker->active_locale_handler);
-        picker->active_locale_handler = nullptr;
-    }
+    g_clear_pointer(&picker->active_locale_handler, ov_event_bus_disconnect);
     G_OBJECT_CLASS(ov_active_locale_picker_parent_class)->dispose(object);
 }
 

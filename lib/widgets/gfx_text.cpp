@@ -1,5 +1,7 @@
 #include "widgets/gfx_text.h"
 
+#include "core/raii.h"
+
 namespace
 {
 
@@ -22,7 +24,7 @@ void add_rect(cairo_t *cr, double x, double y, const Rect &r)
 void ov_gfx_text_draw_langstr_status_icon(cairo_t *cr, double x, double y, const langstr *ls, double opacity)
 {
     g_return_if_fail(cr != nullptr);
-    cairo_save(cr);
+    ov::CairoSaveGuard saved(cr);
     if (ov_langstr_get_text_for_locale_or_language(ls, nullptr) == nullptr)
         cairo_set_source_rgba(cr, 0.933, 0.933, 0, opacity);
     else
@@ -35,5 +37,4 @@ void ov_gfx_text_draw_langstr_status_icon(cairo_t *cr, double x, double y, const
     if (ls != nullptr && ls->next != nullptr)
         add_rect(cr, x, y, second_square);
     cairo_fill(cr);
-    cairo_restore(cr);
 }

@@ -71,10 +71,7 @@ void on_active_locale_changed(gpointer display)
 static void ov_langstr_display_destroy(GtkWidget *widget)
 {
     auto *display = OV_LANGSTR_DISPLAY(widget);
-    if (display->active_locale_handler != nullptr) {
-        ov_event_bus_disconnect(display->active_locale_handler);
-        display->active_locale_handler = nullptr;
-    }
+    g_clear_pointer(&display->active_locale_handler, ov_event_bus_disconnect);
     GTK_WIDGET_CLASS(ov_langstr_display_parent_class)->destroy(widget);
 }
 

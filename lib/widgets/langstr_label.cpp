@@ -32,10 +32,7 @@ void on_active_locale_changed(gpointer label)
 static void ov_langstr_label_destroy(GtkWidget *widget)
 {
     auto *label = OV_LANGSTR_LABEL(widget);
-    if (label->active_locale_handler != nullptr) {
-        ov_event_bus_disconnect(label->active_locale_handler);
-        label->active_locale_handler = nullptr;
-    }
+    g_clear_pointer(&label->active_locale_handler, ov_event_bus_disconnect);
     GTK_WIDGET_CLASS(ov_langstr_label_parent_class)->destroy(widget);
 }
 

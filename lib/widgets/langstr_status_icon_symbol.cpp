@@ -117,10 +117,7 @@ static void ov_langstr_status_icon_symbol_state_flags_changed(GtkWidget *widget,
 static void ov_langstr_status_icon_symbol_destroy(GtkWidget *widget)
 {
     auto *symbol = OV_LANGSTR_STATUS_ICON_SYMBOL(widget);
-    if (symbol->active_locale_handler != nullptr) {
-        ov_event_bus_disconnect(symbol->active_locale_handler);
-        symbol->active_locale_handler = nullptr;
-    }
+    g_clear_pointer(&symbol->active_locale_handler, ov_event_bus_disconnect);
     GTK_WIDGET_CLASS(ov_langstr_status_icon_symbol_parent_class)->destroy(widget);
 }
 

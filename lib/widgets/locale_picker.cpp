@@ -67,12 +67,13 @@ static void ov_locale_picker_clicked(GtkButton *button)
     // alone.
     g_object_ref(picker);
     bool destroyed = false;
-    const gulong handler = g_signal_connect_swapped(
-        picker, "destroy", G_CALLBACK(+[](bool *flag) { *flag = true; }), &destroyed);
+    ov::SignalGuard on_destroy(picker, g_signal_connect_swapped(picker, "destroy",
+                                                                G_CALLBACK(+[](bool *flag) { *flag = true; }),
+                                                                &destroyed));
     const OvLocale *chosen = ov_locale_list_menu_run(
         priv->primary_locales, priv->stats, priv->all_languages_enabled, priv->selected, GTK_WIDGET(picker));
+    on_destroy.reset();
     if (!destroyed) {
-        g_signal_handler_disconnect(picker, handler);
         if (chosen != nullptr)
             ov_locale_picker_select(picker, chosen, TRUE);
         gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(picker), FALSE);
