@@ -38,16 +38,13 @@ char *ov_util_encode_base16(const guint8 *bytes, gsize count)
 gboolean ov_util_decode_base16_nibble(char digit, guint8 *out_value)
 {
     g_return_val_if_fail(out_value != nullptr, FALSE);
-    if (digit >= '0' && digit <= '9') {
-        *out_value = static_cast<guint8>(digit - '0');
-        return TRUE;
+    const int value = ov_util_base16_digit_value(digit);
+    if (value < 0) {
+        ov_error_set("Illegal base 16 character.");
+        return FALSE;
     }
-    if (digit >= 'a' && digit <= 'f') {
-        *out_value = static_cast<guint8>(digit - 'a' + 10);
-        return TRUE;
-    }
-    ov_error_set("Illegal base 16 character.");
-    return FALSE;
+    *out_value = static_cast<guint8>(value);
+    return TRUE;
 }
 
 gboolean ov_util_decode_base16_byte(const char *text, guint8 *out_byte)

@@ -18,5 +18,14 @@ void ov_util_encode_base16_nibble(guint8 value, char *destination);
 guint8 *ov_util_decode_base16(const char *text, gsize *out_length);
 // Decodes text[0..1]; FALSE with "Illegal base 16 character."
 gboolean ov_util_decode_base16_byte(const char *text, guint8 *out_byte);
+// The value of a lower-case hexadecimal digit, or -1 for any other character.
+constexpr int ov_util_base16_digit_value(char digit)
+{
+    if (digit >= '0' && digit <= '9')
+        return digit - '0';
+    if (digit >= 'a' && digit <= 'f')
+        return digit - 'a' + 10;
+    return -1;
+}
 // Decodes one digit; FALSE with "Illegal base 16 character."
 gboolean ov_util_decode_base16_nibble(char digit, guint8 *out_value);

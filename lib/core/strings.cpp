@@ -1,5 +1,6 @@
 #include "core/strings.h"
 
+#include "core/base16.h"
 #include "core/error.h"
 #include "core/raii.h"
 
@@ -51,8 +52,6 @@ char *assert_nonempty_or_free(char *text)
 // ---------------------------------------------------------------------------
 // Object ids as file names
 
-constexpr char kHexDigits[] = "0123456789abcdef";
-
 // Characters that every file system accepts in a name, besides digits and
 // ASCII letters.
 constexpr std::string_view kFatSafePunctuation = " $%'-_@~!{}()#&+,;=[].";
@@ -85,16 +84,6 @@ constexpr std::array<bool, 256> make_ntfs_allowed_table()
 
 constexpr std::array<bool, 256> kFatSafe = make_fat_safe_table();
 constexpr std::array<bool, 256> kNtfsAllowed = make_ntfs_allowed_table();
-
-// Value of a lower-case hex digit, or -1.
-int lower_hex_value(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
 
 // Appends the UTF-8 form of one Latin-1 byte at out; returns the new end.
 char *put_latin1_as_utf8(guchar b, char *out)
@@ -539,8 +528,8 @@ char *ov_convert_object_id_to_fat_safe_file_name_format(const char *object_id)
             *out++ = *p;
         } else {
             *out++ = '`';
-            *out++ = kHexDigits[b >> 4];
-            *out++ = kHexDigits[b & 0x0F];
+            ov_util_encode_base16_byte(b, out);
+            out += 2;
         }
     }
     *out = '\0';
@@ -562,8 +551,8 @@ char *ov_convert_fat_safe_file_name_format_to_object_id(const char *text, gsize 
         }
         if (b != '`' || length - i < 3)
             return nullptr;
-        const int high = lower_hex_value(text[i + 1]);
-        const int low = high < 0 ? -1 : lower_hex_value(text[i + 2]);
+        const int high = ov_util_base16_digit_value(text[i + 1]);
+        const int low = high < 0 ? -1 : ov_util_base16_digit_value(text[i + 2]);
         if (low < 0)
             return nullptr;
         *out++ = static_cast<char>((high << 4) | low);

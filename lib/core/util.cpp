@@ -1,5 +1,6 @@
 #include "core/util.h"
 
+#include "core/base16.h"
 #include "core/error.h"
 #include "core/fs_utils.h"
 #include "core/platform.h"
@@ -167,16 +168,6 @@ bool parse_double_prefix(double *out_value, const char **out_rest, const char *t
 }
 
 char decimal_character = '\0';
-
-// Lower-case hexadecimal digit only; -1 for anything else.
-int hex_digit_value(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
 
 using FsFilePtr = ov::Owned<FILE, ov_fs_utils_close_file>;
 
@@ -469,8 +460,8 @@ gboolean ov_util_verify_md5sum(const guint8 digest[16], const char *text)
     g_return_val_if_fail(digest != nullptr && text != nullptr, FALSE);
     // Walks byte by byte; a short text meets its terminator as a bad digit.
     for (int i = 0; i < 16; ++i) {
-        int high = hex_digit_value(text[2 * i]);
-        int low = high < 0 ? -1 : hex_digit_value(text[2 * i + 1]);
+        int high = ov_util_base16_digit_value(text[2 * i]);
+        int low = high < 0 ? -1 : ov_util_base16_digit_value(text[2 * i + 1]);
         if (low < 0) {
             ov_error_set("Illegal base 16 character.");
             return FALSE;

@@ -9,7 +9,7 @@
 
 struct _OvLangstrDisplay {
     GtkBox parent_instance;
-    int mode;
+    OvLangstrMode mode;
     GtkTextView *view;
     langstr *content;
     OvEventBusHandler *active_locale_handler;
@@ -38,7 +38,7 @@ void fill(OvLangstrDisplay *display)
     GtkTextIter end;
     gtk_text_buffer_get_end_iter(buffer, &end);
     const langstr *ls = display->content;
-    if (display->mode == 1) {
+    if (display->mode == OV_LANGSTR_MODE_MULTI_LINE) {
         insert_latin1(buffer, &end, ov_langstr_get_text(ls, nullptr), nullptr);
         gtk_text_buffer_insert(buffer, &end, "  ", -1);
         GtkTextChildAnchor *anchor = gtk_text_buffer_create_child_anchor(buffer, &end);
@@ -97,7 +97,7 @@ static void ov_langstr_display_init(OvLangstrDisplay *display)
 GtkWidget *ov_langstr_display_new(int mode, int width, int height)
 {
     auto *display = static_cast<OvLangstrDisplay *>(g_object_new(OV_TYPE_LANGSTR_DISPLAY, nullptr));
-    display->mode = mode;
+    display->mode = OvLangstrMode(mode);
     gtk_widget_set_size_request(GTK_WIDGET(display), width, height);
     display->view = GTK_TEXT_VIEW(ov_gui_pack_text_view(GTK_BOX(display), TRUE));
     ov_gui_set_default_surrounding_margin(GTK_WIDGET(display->view));
@@ -133,7 +133,7 @@ void ov_langstr_display_dropdown_run(const langstr *ls)
 {
     GtkWidget *panel = ov_dropdown_panel_new(TRUE);
     GtkWidget *box = ov_gui_add_vbox(GTK_CONTAINER(panel), FALSE);
-    GtkWidget *display = ov_langstr_display_new(0, 500, 140);
+    GtkWidget *display = ov_langstr_display_new(OV_LANGSTR_MODE_SINGLE_LINE, 500, 140);
     ov_gui_pack_widget(GTK_BOX(box), display, TRUE);
     ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), ls);
     ov_dropdown_panel_run(OV_DROPDOWN_PANEL(panel));

@@ -1,17 +1,19 @@
-// A read-only text view showing a multilingual text: in mode 0 every
-// translation under its language name, in mode 1 the text in the active
-// locale followed by a status icon.
+// A read-only text view showing a multilingual text: in single-line mode
+// every translation under its language name, in multi-line mode the text in
+// the active locale followed by a status icon.
 #pragma once
 
 #include <gtk/gtk.h>
 
 #include "lang/langstr.h"
+#include "widgets/langstr_mode.h"
 
 G_BEGIN_DECLS
 #define OV_TYPE_LANGSTR_DISPLAY (ov_langstr_display_get_type())
 G_DECLARE_FINAL_TYPE(OvLangstrDisplay, ov_langstr_display, OV, LANGSTR_DISPLAY, GtkBox)
 G_END_DECLS
 
+// mode is an OvLangstrMode.
 GtkWidget *ov_langstr_display_new(int mode, int width, int height);
 void ov_langstr_display_update_content(OvLangstrDisplay *display, const langstr *ls);
 GtkTextView *ov_langstr_display_get_text_view(OvLangstrDisplay *display);

@@ -12,7 +12,7 @@
 
 struct _OvLangstrEditor {
     GtkBox parent_instance;
-    int mode;
+    OvLangstrMode mode;
     OvLocaleList *primary_locales; // owned clone or null
     gboolean compact;
     OvLocaleList *add_locales; // owned
@@ -72,7 +72,7 @@ GtkWidget *append_entry(OvLangstrEditor *editor, const OvLocale *locale, const c
 {
     GtkWidget *entry =
         ov_translation_entry_new(editor->mode, locale, latin1_text, editor->primary_locales, editor->compact);
-    ov_gui_pack_widget(GTK_BOX(editor->entries_box), entry, editor->mode == 1);
+    ov_gui_pack_widget(GTK_BOX(editor->entries_box), entry, editor->mode == OV_LANGSTR_MODE_MULTI_LINE);
     gtk_size_group_add_widget(editor->picker_sizes, ov_translation_entry_get_picker(as_entry(entry)));
     g_signal_connect(entry, "delete", G_CALLBACK(on_entry_delete), editor);
     g_signal_connect(entry, "locale-changed", G_CALLBACK(on_entry_locale_changed), editor);
@@ -96,7 +96,7 @@ bool has_entries(OvLangstrEditor *editor)
 
 void shrunk(OvLangstrEditor *editor)
 {
-    if (editor->mode == 0)
+    if (editor->mode == OV_LANGSTR_MODE_SINGLE_LINE)
         g_signal_emit(editor, signals[SIGNAL_SHRUNK], 0);
 }
 
@@ -222,10 +222,10 @@ GtkWidget *ov_langstr_editor_new(int mode, const langstr *value, const langstr *
                                  const OvLocaleList *primary_locales, gboolean compact)
 {
     auto *editor = static_cast<OvLangstrEditor *>(g_object_new(OV_TYPE_LANGSTR_EDITOR, nullptr));
-    editor->mode = mode;
+    editor->mode = OvLangstrMode(mode);
     editor->primary_locales = primary_locales != nullptr ? ov_locale_list_clone(primary_locales) : nullptr;
     editor->compact = compact;
-    editor->entries_box = ov_gui_pack_vbox(GTK_BOX(editor), mode == 1, TRUE);
+    editor->entries_box = ov_gui_pack_vbox(GTK_BOX(editor), editor->mode == OV_LANGSTR_MODE_MULTI_LINE, TRUE);
 
     for (const langstr *t = value; t != nullptr; t = t->next)
         append_entry(editor, t->locale, t->text);

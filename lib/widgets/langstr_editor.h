@@ -7,13 +7,14 @@
 
 #include "lang/langstr.h"
 #include "lang/locale_list.h"
+#include "widgets/langstr_mode.h"
 
 G_BEGIN_DECLS
 #define OV_TYPE_LANGSTR_EDITOR (ov_langstr_editor_get_type())
 G_DECLARE_FINAL_TYPE(OvLangstrEditor, ov_langstr_editor, OV, LANGSTR_EDITOR, GtkBox)
 G_END_DECLS
 
-// mode 0 single-line, 1 multi-line. Translations of locked that are found
+// mode is an OvLangstrMode. Translations of locked that are found
 // among the entries cannot be edited or deleted; a defined locale cannot be
 // changed either. primary_locales may be null.
 GtkWidget *ov_langstr_editor_new(int mode, const langstr *value, const langstr *locked,

@@ -26,8 +26,8 @@ static void ov_langstr_entry_clicked(GtkButton *button)
     auto *entry = OV_LANGSTR_ENTRY(button);
     langstr *value = ov_langstr_clone(entry->value);
     langstr *locked = ov_langstr_clone(entry->locked);
-    if (ov_langstr_window_run(0, &value, locked, entry->additional_locales, 0, TRUE, nullptr, nullptr,
-                              nullptr, nullptr)) {
+    if (ov_langstr_window_run(OV_LANGSTR_MODE_SINGLE_LINE, &value, locked, entry->additional_locales, 0, TRUE,
+                              nullptr, nullptr, nullptr, nullptr)) {
         ov_langstr_entry_set_value(entry, value, locked);
         g_signal_emit(entry, signals[SIGNAL_CHANGED], 0);
     }

@@ -83,7 +83,7 @@ gboolean ov_langstr_window_run(int mode, langstr **value, const langstr *locked,
     ov_gui_pack_input_field_label(GTK_BOX(box), field_label != nullptr ? field_label : "Text", !allow_empty);
     GtkWidget *editor = ov_langstr_editor_new(mode, *value, locked, primary_locales, FALSE);
     run.editor = OV_LANGSTR_EDITOR(editor);
-    ov_gui_pack_widget(GTK_BOX(box), editor, mode == 1);
+    ov_gui_pack_widget(GTK_BOX(box), editor, mode == OV_LANGSTR_MODE_MULTI_LINE);
     ov_gui_set_sensitivity(editor, state);
     g_signal_connect(editor, "shrunk", G_CALLBACK(on_shrunk), run.window);
 

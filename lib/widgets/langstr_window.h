@@ -5,8 +5,9 @@
 
 #include "lang/langstr.h"
 #include "lang/locale_list.h"
+#include "widgets/langstr_mode.h"
 
-// Edits *value in a window with OK and Cancel; TRUE when the user
+// Edits *value in a window, laid out by mode (an OvLangstrMode), with OK and Cancel; TRUE when the user
 // confirmed. *value is replaced only on a successful OK. A non-zero state
 // makes the editor insensitive and OK just closes. Null texts take the
 // defaults "Enter multilingual text", "Text" and "OK"; the note is shown

@@ -9,7 +9,7 @@
 
 struct _OvTranslationEntry {
     GtkBox parent_instance;
-    int mode;
+    OvLangstrMode mode;
     GtkWidget *picker;
     GtkWidget *text_widget; // OvSpacifyingEntry or OvSpacifyingTextView
     GtkWidget *delete_button;
@@ -31,7 +31,7 @@ constexpr int text_view_height = 100;
 void apply_spell_checking(OvTranslationEntry *entry)
 {
     const OvLocale *locale = ov_translation_entry_get_locale(entry);
-    if (entry->mode == 1)
+    if (entry->mode == OV_LANGSTR_MODE_MULTI_LINE)
         ov_spell_check_apply_locale_to_text_view(GTK_TEXT_VIEW(entry->text_widget), locale);
     else
         ov_spell_check_apply_locale_to_entry(GTK_ENTRY(entry->text_widget), locale);
@@ -86,14 +86,15 @@ GtkWidget *ov_translation_entry_new(int mode, const OvLocale *locale, const char
 {
     g_return_val_if_fail(locale != nullptr, nullptr);
     auto *entry = static_cast<OvTranslationEntry *>(g_object_new(OV_TYPE_TRANSLATION_ENTRY, nullptr));
-    entry->mode = mode;
+    entry->mode = OvLangstrMode(mode);
     GtkBox *box = GTK_BOX(entry);
 
     entry->picker = make_picker(locale, primary_locales);
-    gtk_widget_set_valign(entry->picker, mode == 1 ? GTK_ALIGN_START : GTK_ALIGN_CENTER);
+    gtk_widget_set_valign(entry->picker,
+                          entry->mode == OV_LANGSTR_MODE_MULTI_LINE ? GTK_ALIGN_START : GTK_ALIGN_CENTER);
     ov_gui_pack_widget(box, entry->picker, FALSE);
 
-    if (mode == 1) {
+    if (entry->mode == OV_LANGSTR_MODE_MULTI_LINE) {
         GtkWidget *scrolled =
             ov_gui_pack_scrolled_window(box, TRUE, GTK_POLICY_NEVER, GTK_POLICY_AUTOMATIC, GTK_SHADOW_IN);
         gtk_widget_set_size_request(scrolled, text_view_width, text_view_height);
@@ -108,7 +109,8 @@ GtkWidget *ov_translation_entry_new(int mode, const OvLocale *locale, const char
     apply_spell_checking(entry);
 
     entry->delete_button = ov_gui_pack_icon_button(box, "edit-delete-symbolic", nullptr);
-    gtk_widget_set_valign(entry->delete_button, mode == 1 ? GTK_ALIGN_START : GTK_ALIGN_CENTER);
+    gtk_widget_set_valign(entry->delete_button,
+                          entry->mode == OV_LANGSTR_MODE_MULTI_LINE ? GTK_ALIGN_START : GTK_ALIGN_CENTER);
     gtk_widget_set_tooltip_text(entry->delete_button, "Delete");
 
     g_signal_connect(entry->picker, "picked", G_CALLBACK(on_picked), entry);
@@ -127,7 +129,7 @@ const OvLocale *ov_translation_entry_get_locale(OvTranslationEntry *entry)
 char *ov_translation_entry_get_text(OvTranslationEntry *entry)
 {
     g_return_val_if_fail(OV_IS_TRANSLATION_ENTRY(entry), nullptr);
-    if (entry->mode == 1)
+    if (entry->mode == OV_LANGSTR_MODE_MULTI_LINE)
         return ov_spacifying_text_view_get_text(OV_SPACIFYING_TEXT_VIEW(entry->text_widget));
     return ov_spacifying_entry_get_text(OV_SPACIFYING_ENTRY(entry->text_widget));
 }

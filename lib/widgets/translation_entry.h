@@ -8,14 +8,15 @@
 
 #include "lang/locale.h"
 #include "lang/locale_list.h"
+#include "widgets/langstr_mode.h"
 
 G_BEGIN_DECLS
 #define OV_TYPE_TRANSLATION_ENTRY (ov_translation_entry_get_type())
 G_DECLARE_FINAL_TYPE(OvTranslationEntry, ov_translation_entry, OV, TRANSLATION_ENTRY, GtkBox)
 G_END_DECLS
 
-// mode 0: a one-line entry 68 characters wide; mode 1: a text view in a
-// scrolled window 400 pixels wide. primary_locales may be null.
+// mode (an OvLangstrMode): a one-line entry 68 characters wide, or a text
+// view in a scrolled window 400 pixels wide. primary_locales may be null.
 GtkWidget *ov_translation_entry_new(int mode, const OvLocale *locale, const char *latin1_text,
                                     const OvLocaleList *primary_locales, gboolean compact);
 // The picker's selection (the undefined locale when it has none).
@@ -31,6 +32,6 @@ void ov_translation_entry_focus_text(OvTranslationEntry *entry);
 
 // The parts, for the editor and for tests.
 GtkWidget *ov_translation_entry_get_picker(OvTranslationEntry *entry);
-// The spacifying entry (mode 0) or text view (mode 1).
+// The spacifying entry (single-line) or text view (multi-line).
 GtkWidget *ov_translation_entry_get_text_widget(OvTranslationEntry *entry);
 GtkWidget *ov_translation_entry_get_delete_button(OvTranslationEntry *entry);
