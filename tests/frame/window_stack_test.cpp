@@ -6,6 +6,7 @@
 #include "frame/window_stack.h"
 #include "gui/gui.h"
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -165,4 +166,26 @@ TEST_F(WindowStackTest, FocusMovingBetweenOwnWindowsIsNoLossButLeavingTheProgram
         EXPECT_TRUE(step.lost < 0 || ov_window_stack_is_focus_lost() == step.lost) << step.wait_ms;
     }
     EXPECT_EQ(reported, std::vector<gint64>{1});
+}
+
+// The GUI driver's watchdog, on a window run as the code under test runs it:
+// a step that never comes true, or a last step that leaves the window open,
+// fails the test naming what was pending and closes the window, so that the
+// run returns instead of waiting for the test's time limit.
+void run_stuck_window(const char *awaited_title)
+{
+    ov::test::Script script(300);
+    script.when_window(awaited_title, [] {});
+    ov_window_stack_run_window(GTK_WINDOW(ov_gui_create_window("Stuck")), OV_WINDOW_STACK_POSITION_CENTER,
+                               nullptr, nullptr, nullptr);
+}
+
+TEST_F(WindowStackTest, ScriptWatchdogFailsNamingThePendingStepAndClosesTheWindow)
+{
+    EXPECT_NONFATAL_FAILURE(run_stuck_window("Stuck"),
+                            "waited in vain for the code under test to return after step 1 "
+                            "(window \"Stuck\" on top); closing everything.");
+    EXPECT_NONFATAL_FAILURE(run_stuck_window("Other"),
+                            "waited in vain for step 1 (window \"Other\" on top); closing everything.");
+    EXPECT_EQ(ov::test::top_window(), nullptr);
 }

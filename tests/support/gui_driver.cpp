@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace ov::test
 {
@@ -15,8 +16,6 @@ namespace
 {
 
 using Predicate = std::function<bool(GtkWidget *)>;
-
-constexpr gint64 step_limit_us = 10 * G_USEC_PER_SEC;
 
 // Visits root and everything inside it in the window's order until visit
 // returns true, and returns that widget.
@@ -448,40 +447,72 @@ Script::~Script()
         ADD_FAILURE() << steps_.size() << " step(s) of the GUI script never ran.";
 }
 
-Script &Script::when(Condition condition, Action action)
+Script &Script::when(Condition condition, Action action, std::string what)
 {
-    steps_.emplace_back(std::move(condition), std::move(action));
-    if (source_ == 0) {
-        deadline_ = g_get_monotonic_time() + step_limit_us;
+    steps_.push_back({std::move(condition), std::move(action), std::move(what)});
+    deadline_ = g_get_monotonic_time() + limit_us_;
+    if (source_ == 0)
         source_ = g_timeout_add(20, tick, this);
-    }
     return *this;
 }
 
 Script &Script::when_window(const char *title, Action action)
 {
-    return when([wanted = std::string(title)] { return window_shown(wanted.c_str()); }, std::move(action));
+    std::string wanted = title;
+    std::string what = "window \"" + wanted + "\" on top";
+    return when([wanted] { return window_shown(wanted.c_str()); }, std::move(action), std::move(what));
 }
 
 Script &Script::when_menu(Action action)
 {
-    return when(menu_shown, std::move(action));
+    return when(menu_shown, std::move(action), "a menu open");
 }
 
 Script &Script::then(Action action)
 {
-    return when([] { return true; }, std::move(action));
+    return when([] { return true; }, std::move(action), "the next chance");
 }
 
+std::string Script::pending() const
+{
+    const std::string last = ran_ == 0 ? "" : " after step " + std::to_string(ran_) + " (" + last_ + ")";
+    if (steps_.empty())
+        return "the code under test to return" + last;
+    return "step " + std::to_string(ran_ + 1) + " (" + steps_.front().what + ")" + last;
+}
+
+void Script::time_out()
+{
+    if (closed_all_) {
+        // Closing every window did not end the nested loop: nothing the
+        // test can do will, and waiting would only hide the failing step.
+        g_printerr("The GUI script still waits for %s after closing everything; aborting.\n",
+                   pending().c_str());
+        std::abort();
+    }
+    ADD_FAILURE() << "The GUI script waited in vain for " << pending() << "; closing everything.";
+    closed_all_ = true;
+    steps_.clear();
+    deadline_ = g_get_monotonic_time() + limit_us_;
+    for (GtkMenu *menu : shown_menus())
+        gtk_menu_shell_cancel(GTK_MENU_SHELL(menu));
+    for (GtkWindow *window : shown_windows(GTK_WINDOW_TOPLEVEL))
+        close_window(window);
+}
+
+// Keeps running while the script lives: after the last step it watches the
+// code under test return.
 gboolean Script::tick(gpointer data)
 {
     auto *self = static_cast<Script *>(data);
-    if (self->steps_.front().first()) {
+    if (!self->steps_.empty() && self->steps_.front().condition()) {
         // The action runs from a source of its own: it may run a nested loop
         // (open a window, a menu) in which the next steps must still tick.
-        auto *action = new Action(std::move(self->steps_.front().second));
+        auto *action = new Action(std::move(self->steps_.front().action));
+        self->last_ = std::move(self->steps_.front().what);
         self->steps_.pop_front();
-        self->deadline_ = g_get_monotonic_time() + step_limit_us;
+        self->ran_++;
+        self->deadline_ = g_get_monotonic_time() + self->limit_us_;
         g_idle_add_full(
             G_PRIORITY_DEFAULT,
             [](gpointer a) -> gboolean {
@@ -490,17 +521,9 @@ gboolean Script::tick(gpointer data)
             },
             action, [](gpointer a) { delete static_cast<Action *>(a); });
     } else if (g_get_monotonic_time() > self->deadline_) {
-        ADD_FAILURE() << "A step of the GUI script did not come true in time; closing everything.";
-        self->steps_.clear();
-        for (GtkMenu *menu : shown_menus())
-            gtk_menu_shell_cancel(GTK_MENU_SHELL(menu));
-        for (GtkWindow *window : shown_windows(GTK_WINDOW_TOPLEVEL))
-            close_window(window);
+        self->time_out();
     }
-    if (!self->steps_.empty())
-        return G_SOURCE_CONTINUE;
-    self->source_ = 0;
-    return G_SOURCE_REMOVE;
+    return G_SOURCE_CONTINUE;
 }
 
 } // namespace ov::test

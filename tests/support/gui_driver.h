@@ -8,8 +8,11 @@
 //   script.when_window("Question", [] { ov::test::click_button("_Yes"); });
 //   gboolean answer = ov_message_ask_yes_no_question(FALSE, FALSE, "Delete?");
 //
-// A step that does not come true within ten seconds fails the test and
-// closes every window and menu so that the code under test returns.
+// A step that does not come true within ten seconds (or the limit given) fails the test, naming
+// the step, and closes every window and menu so that the code under test
+// returns. The watch goes on after the last step until the script ends: code
+// that does not return within ten seconds of it fails the same way, and code
+// that still does not return after the closing aborts the test program.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -70,21 +73,35 @@ class Script
     using Condition = std::function<bool()>;
     using Action = std::function<void()>;
 
-    Script() = default;
+    // Each step, and the return after the last, may take limit_ms.
+    explicit Script(guint limit_ms = 10000) : limit_us_(gint64(limit_ms) * 1000) {}
     ~Script();
     Script(const Script &) = delete;
     Script &operator=(const Script &) = delete;
 
-    Script &when(Condition condition, Action action);
+    // what names the step in a failure.
+    Script &when(Condition condition, Action action, std::string what = "a condition");
     Script &when_window(const char *title, Action action); // on top
     Script &when_menu(Action action);                      // a popup menu open
     Script &then(Action action);                           // at the next chance
     bool done() const { return steps_.empty(); }
 
   private:
-    static gboolean tick(gpointer self);
+    struct Step {
+        Condition condition;
+        Action action;
+        std::string what;
+    };
 
-    std::deque<std::pair<Condition, Action>> steps_;
+    static gboolean tick(gpointer self);
+    std::string pending() const;
+    void time_out();
+
+    std::deque<Step> steps_;
+    int ran_ = 0;             // steps whose actions have started
+    std::string last_;        // the last of them, for the message
+    bool closed_all_ = false; // a timeout has closed everything once
+    gint64 limit_us_;
     guint source_ = 0;
     gint64 deadline_ = 0;
 };
