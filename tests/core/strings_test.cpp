@@ -223,12 +223,15 @@ TEST(NaturalOrder, EachVariantOnTheCasesThatTellThemApart)
 {
     // The order of a and b for strnatcmp, strnatcasecmp, strnatzerocmp and
     // strnatzerocasecmp. Digit runs starting with 0 are fractions; bytes
-    // compare unsigned; case folding goes to upper case.
+    // compare unsigned; case folding goes to upper case; in runs of equal
+    // length the first differing digit decides.
     const struct {
         const char *a, *b, *order;
     } cases[] = {
-        {"r2", "R10", "><><"},       {"r02", "R2", "><>="}, {"R010", "R9", "<<>>"}, {"1.010", "1.01", ">>>>"},
-        {"  a\tb\n", "a b", "===="}, {"z", "\xe9", "<<<<"}, {"[", "a", "<><>"},     {nullptr, "", "<<<<"},
+        {"r2", "R10", "><><"},        {"r02", "R2", "><>="},       {"R010", "R9", "<<>>"},
+        {"1.010", "1.01", ">>>>"},    {"  a\tb\n", "a b", "===="}, {"z", "\xe9", "<<<<"},
+        {"[", "a", "<><>"},           {nullptr, "", "<<<<"},       {"a19", "a91", "<<<<"},
+        {"p1239b", "p1322a", "<<<<"},
     };
     for (const auto &c : cases) {
         std::string forward, backward;

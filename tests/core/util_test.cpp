@@ -47,6 +47,7 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
         {"uint64", parser(ov_util_parse_uint64)},
         {"uint", parser(ov_util_parse_uint)},
         {"uint 3..9", parser(ov_util_parse_uint_in_range, 3u, 9u)},
+        {"uint64 7..8", parser(ov_util_parse_uint64_in_range, guint64(7), guint64(8))},
         {"double", parser(ov_util_parse_double)},
         {"double -1.5..2.5", parser(ov_util_parse_double_in_range, -1.5, 2.5)},
     };
@@ -81,6 +82,17 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
         {"double", "Invalid floating-point value.", {"1 ", "1,5", "12.5mm"}},
         {"double -1.5..2.5", "Floating-point value out of valid range (too large).", {"2.50001"}},
         {"double -1.5..2.5", "Floating-point value out of valid range (too small).", {"-1.50001"}},
+        // Either bound itself is in the range.
+        {"int -5..10", "=-5", {"-5"}},
+        {"int -5..10", "=10", {"+10"}},
+        {"int64 -5e9..0", "=-5000000000", {"-5000000000"}},
+        {"int64 -5e9..0", "=0", {"0"}},
+        {"uint 3..9", "=3", {"3"}},
+        {"uint 3..9", "=9", {"9"}},
+        {"uint64 7..8", "=7", {"7"}},
+        {"uint64 7..8", "=8", {"8"}},
+        {"double -1.5..2.5", "=-1.5", {"-1.5"}},
+        {"double -1.5..2.5", "=2.5", {"2.5"}},
     };
     for (const auto &c : cases)
         for (const char *text : c.texts)

@@ -13,6 +13,7 @@
 #include "widgets/langstr_status_icon.h"
 #include "widgets/langstr_status_icon_symbol.h"
 #include "widgets/langstr_window.h"
+#include "widgets/locale_picker.h"
 #include "widgets/spell_check.h"
 #include "widgets/translation_entry.h"
 
@@ -105,7 +106,8 @@ TEST_F(Langstr, SwitchingTheActiveLocaleRelabelsEveryWidgetAtOnce)
     TestWindow w;
     GtkWidget *label = w.pack(ov_langstr_label_new(ls.get()));
     w.pack(ov_langstr_label_new(nullptr)); // stays empty
-    GtkWidget *entry = w.pack(ov_langstr_entry_new()), *display = w.pack(ov_langstr_display_new(1, 300, 60));
+    GtkWidget *entry = w.pack(ov_langstr_entry_new()),
+              *display = w.pack(ov_langstr_display_new(OV_LANGSTR_MODE_MULTI_LINE, 300, 60));
     GtkWidget *pickers[] = {w.pack(ov_active_locale_picker_new()), w.pack(ov_active_locale_picker_new())};
     ov_langstr_entry_set_value(OV_LANGSTR_ENTRY(entry), langstr_of("sv=Hus en-us=House").get(), nullptr);
     ov_langstr_display_update_content(OV_LANGSTR_DISPLAY(display), ls.get());
@@ -290,8 +292,8 @@ struct WindowOptions {
 gboolean run_window(LangstrPtr &value, const WindowOptions &o = {})
 {
     langstr *ls = value.release();
-    gboolean ok = ov_langstr_window_run(0, &ls, nullptr, nullptr, o.state, o.allow_empty, o.title, o.label,
-                                        o.note, o.ok);
+    gboolean ok = ov_langstr_window_run(OV_LANGSTR_MODE_SINGLE_LINE, &ls, nullptr, nullptr, o.state,
+                                        o.allow_empty, o.title, o.label, o.note, o.ok);
     value.reset(ls);
     return ok;
 }
@@ -431,8 +433,8 @@ TEST_F(Langstr, EditorMatchesLockedTextsDeletesClearsAndReads)
             script.when_window("Error", take_message(message));
         TestWindow w;
         LangstrPtr value = langstr_of(c.value), locked = langstr_of(c.locked);
-        auto *editor =
-            OV_LANGSTR_EDITOR(w.pack(ov_langstr_editor_new(0, value.get(), locked.get(), nullptr, FALSE)));
+        auto *editor = OV_LANGSTR_EDITOR(w.pack(
+            ov_langstr_editor_new(OV_LANGSTR_MODE_SINGLE_LINE, value.get(), locked.get(), nullptr, FALSE)));
         EXPECT_EQ(describe_entries(editor), c.entries);
         LangstrPtr read;
         EXPECT_EQ(bool(ov_langstr_editor_get_value(editor, ov::out(read))), !c.fails);
@@ -444,8 +446,8 @@ TEST_F(Langstr, EditorMatchesLockedTextsDeletesClearsAndReads)
 
     LangstrPtr value = langstr_of("sv=Hus =Casa"), locked = langstr_of("=Casa");
     TestWindow w;
-    auto *editor = OV_LANGSTR_EDITOR(
-        w.pack(ov_langstr_editor_new(0, value.get(), locked.get(), list_of("da sv en-uk").get(), TRUE)));
+    auto *editor = OV_LANGSTR_EDITOR(w.pack(ov_langstr_editor_new(
+        OV_LANGSTR_MODE_SINGLE_LINE, value.get(), locked.get(), list_of("da sv en-uk").get(), TRUE)));
     int shrunk = 0;
     count_signal(editor, "shrunk", shrunk);
     EXPECT_EQ(describe_entries(editor), "en-uk=|sv=Hus|=Casa#");
@@ -461,4 +463,18 @@ TEST_F(Langstr, EditorMatchesLockedTextsDeletesClearsAndReads)
     ov_langstr_editor_clear(editor);
     EXPECT_EQ(shrunk, 2);
     EXPECT_EQ(describe_entries(editor), "=Casa#");
+
+    // Two filled entries without a language are refused like any repeated language.
+    LangstrPtr two = langstr_of("sv=Dos =Uno");
+    auto *repeated = OV_LANGSTR_EDITOR(
+        w.pack(ov_langstr_editor_new(OV_LANGSTR_MODE_SINGLE_LINE, two.get(), nullptr, nullptr, FALSE)));
+    EXPECT_EQ(describe_entries(repeated), "en-uk=|sv=Dos|=Uno");
+    ov_locale_picker_select(OV_LOCALE_PICKER(ov_translation_entry_get_picker(entries_of(repeated)[1])),
+                            ov_locale_get_undefined(), TRUE);
+    EXPECT_EQ(describe_entries(repeated), "en-uk=|=Uno|=Dos");
+    LangstrPtr refused;
+    EXPECT_FALSE(ov_langstr_editor_get_value(repeated, ov::out(refused)));
+    EXPECT_STREQ(ov_error_get(),
+                 "Each language may only appear once. Undefined language appears several times.");
+    ov_error_clear();
 }
