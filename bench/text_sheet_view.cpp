@@ -5,6 +5,7 @@
 #include "app/text_sheet_editor.h"
 #include "core/error.h"
 #include "docs/template_io.h"
+#include "frame/startup.h"
 #include "lang/active_locale.h"
 #include "lang/locale.h"
 
@@ -21,6 +22,10 @@ int main(int argc, char **argv)
     }
     ov_ovinternal_set_system_locale(ov_locale_get_uk_english());
     ov_ovinternal_set_active_locale(ov_locale_get_uk_english());
+    if (!ov_startup_load_icon_images()) {
+        g_printerr("%s\n", ov_error_get());
+        return 1;
+    }
     ov_template *tmpl = ov_template_io_read_from_file(argv[1]);
     if (tmpl == nullptr) {
         g_printerr("%s\n", ov_error_get());

@@ -2,6 +2,7 @@
 
 #include "core/raii.h"
 #include "core/strings.h"
+#include "frame/startup.h"
 #include "gui/image.h"
 
 #include <pango/pangocairo.h>
@@ -131,31 +132,25 @@ void record(const OvGfxTextSheetContext *context, ov_text_sheet_rect *target, co
         *target = value;
 }
 
-// The icons drawn beside titles and for checkboxes. Until the start-up
-// module provides them, they are read once from the source tree.
-const OvImage *load_icon(const char *name)
-{
-    static std::unordered_map<std::string, OvImage *> loaded;
-    OvImage *&image = loaded[name];
-    if (image == nullptr) {
-        ov::GStr path(g_build_filename(OV_ICON_DIR, name, nullptr));
-        char *bytes = nullptr;
-        gsize length = 0;
-        if (g_file_get_contents(path.get(), &bytes, &length, nullptr))
-            image = ov_image_new_from_data(bytes, length, OV_FILE_TYPE_PNG);
-        g_free(bytes);
-    }
-    return image;
-}
-
+// The icons drawn beside titles and for checkboxes, loaded at start-up.
 const OvImage *checkbox_icon_image(gboolean checked)
 {
-    return load_icon(checked ? "checkbox_on.png" : "checkbox_off.png");
+    return ov_get_checkbox_icon_image(checked);
 }
 
 const OvImage *menu_icon_image()
 {
-    return load_icon("text_tab_menu.png");
+    return ov_get_text_tab_menu_icon_image();
+}
+
+int image_width(const OvImage *image)
+{
+    return image != nullptr ? ov_image_get_width(image) : 0;
+}
+
+int image_height(const OvImage *image)
+{
+    return image != nullptr ? ov_image_get_height(image) : 0;
 }
 
 // The text of a multilingual string in the active language, in UTF-8.
@@ -188,8 +183,8 @@ void text_block(const OvGfxTextSheetContext *context, int style, const char *utf
     measure_space(context);
     const bool paint = paints(context, measure_only);
     const OvImage *icon = with_menu_icon ? menu_icon_image() : nullptr;
-    const int icon_width = icon != nullptr ? ov_image_get_width(icon) : 0;
-    const int icon_height = icon != nullptr ? ov_image_get_height(icon) : 0;
+    const int icon_width = image_width(icon);
+    const int icon_height = image_height(icon);
     if (with_menu_icon)
         max_width -= space_width + icon_width;
 
@@ -225,10 +220,10 @@ void text_block(const OvGfxTextSheetContext *context, int style, const char *utf
         width = std::max(width, double(symbol_x + status_width - x));
     }
 
-    if (icon != nullptr) {
+    if (with_menu_icon) {
         const int icon_x = x + ceil_int(width) + space_width;
         const int icon_y = y + round_half_up((height - icon_height) / 2);
-        if (paint)
+        if (paint && icon != nullptr)
             ov_image_draw(icon, context->cairo, icon_x, icon_y);
         width += space_width + icon_width;
         record(context, icon_rectangle, {icon_x, icon_y, icon_width, icon_height});
@@ -505,24 +500,24 @@ int ov_gfx_text_sheet_draw_row(const OvGfxTextSheetContext *context, int y, ov_t
         ov_text_sheet_hit_area &area = field->hit_area;
         if (field->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX) {
             const OvImage *image = checkbox_icon_image(field->selected);
-            const int image_width = ov_image_get_width(image);
-            const int image_height = ov_image_get_height(image);
+            const int box_width = image_width(image);
+            const int box_height = image_height(image);
             double label_width = 0, label_height = 0;
             OvGfxTextSheetContext measuring = *context;
             measuring.record_rectangles = FALSE;
             ov_gfx_text_sheet_draw_langstr_text_block(&measuring, OV_GFX_TEXT_STYLE_PLAIN, field->text, TRUE,
                                                       &label_width, &label_height, FALSE, nullptr, nullptr, 0,
                                                       0, -1);
-            if (pending && x + image_width + space + label_width > right) {
+            if (pending && x + box_width + space + label_width > right) {
                 x = left;
                 line_top += pending_height + 10;
                 pending_height = 0;
             }
-            const int image_y = line_top + round_half_up((label_height - image_height) / 2);
-            record(context, &area.field, {x, image_y, image_width, image_height});
-            if (paint)
+            const int image_y = line_top + round_half_up((label_height - box_height) / 2);
+            record(context, &area.field, {x, image_y, box_width, box_height});
+            if (paint && image != nullptr)
                 ov_image_draw(image, context->cairo, x, image_y);
-            const int label_x = x + image_width + space;
+            const int label_x = x + box_width + space;
             ov_gfx_text_sheet_draw_langstr_text_block(
                 context, OV_GFX_TEXT_STYLE_PLAIN, field->text, measure_only, &label_width, &label_height,
                 FALSE, nullptr, &area.status, label_x, line_top, right - label_x);
