@@ -94,14 +94,19 @@ gboolean measure_in_idle(gpointer data)
     auto *editor = TEXT_SHEET_EDITOR(data);
     TextSheetLayout &layout = editor->impl->layout;
     // What is on screen stays where it is while the pieces above it get
-    // their real sizes.
+    // their real sizes, unless the view is at the end of the sheet, where it
+    // stays.
     const int offset = scroll_offset(editor);
+    const bool at_end =
+        editor->vadjustment != nullptr && gtk_adjustment_get_value(editor->vadjustment) >=
+                                              gtk_adjustment_get_upper(editor->vadjustment) -
+                                                  gtk_adjustment_get_page_size(editor->vadjustment) - 0.5;
     const std::size_t anchor = layout.piece_at(offset);
     const int anchor_y = anchor < layout.pieces().size() ? layout.pieces()[anchor].y : 0;
     const bool more = layout.measure_some(&editor->context, idle_budget_us);
     settle_content_height(editor);
     const int moved = anchor < layout.pieces().size() ? layout.pieces()[anchor].y - anchor_y : 0;
-    if (moved != 0 && editor->vadjustment != nullptr)
+    if (moved != 0 && !at_end && editor->vadjustment != nullptr)
         gtk_adjustment_set_value(editor->vadjustment, gtk_adjustment_get_value(editor->vadjustment) + moved);
     if (more)
         return G_SOURCE_CONTINUE;
