@@ -22,12 +22,14 @@ std::uint32_t new_stamp()
     return last;
 }
 
-// A measurement context: nothing painted, nothing recorded.
+// A measurement context: nothing painted, nothing recorded, and the texts
+// converted without filling the cache, which is for what is on screen.
 OvGfxTextSheetContext measuring(const OvGfxTextSheetContext *context)
 {
     OvGfxTextSheetContext result = *context;
     result.cairo = nullptr;
     result.record_rectangles = FALSE;
+    result.texts = nullptr;
     return result;
 }
 

@@ -34,6 +34,9 @@ constexpr int status_height = 8;
 
 // A table entry costs about this much beside its text.
 constexpr gsize cache_entry_overhead = 64;
+// Enough for many screens of texts; a full cache starts afresh, which keeps
+// both its memory and the cost of clearing it small on long sheets.
+constexpr std::size_t cache_limit = 4096;
 
 void add_rect(cairo_t *cr, double x, double y, const Rect &r)
 {
@@ -168,6 +171,8 @@ const char *utf8_of(const OvGfxTextSheetContext *context, const langstr *ls, ov:
     holder.reset(ov_convert_latin1_to_utf8(latin1 != nullptr ? latin1 : ""));
     if (cache == nullptr)
         return holder.get();
+    if (cache->texts.size() >= cache_limit)
+        ov_gfx_text_cache_clear(cache);
     auto [entry, added] = cache->texts.emplace(ls, holder.get());
     cache->bytes += entry->second.capacity() + cache_entry_overhead;
     return entry->second.c_str();

@@ -26,6 +26,7 @@ void ov_gfx_text_draw_langstr_status_icon(cairo_t *cr, double x, double y, const
 // UTF-8 forms of multilingual texts in the active language, converted once
 // and kept until cleared: on a new active language, and whenever a text may
 // have been replaced (a freed text's address may come back for another).
+// It holds a few thousand texts and starts afresh when full.
 struct OvGfxTextCache;
 OvGfxTextCache *ov_gfx_text_cache_new();
 void ov_gfx_text_cache_destroy(OvGfxTextCache *cache); // null is a no-op
