@@ -496,6 +496,69 @@ TEST_F(TextSheetEditorTest, ClicksOnStatusSymbolsShowTheTextInEveryLanguage)
     EXPECT_EQ(changes, 0);
 }
 
+// The row's grey background while its menu is open, drawn by the routines
+// and seen in the widget; the menu icons open the menu.
+TEST_F(TextSheetEditorTest, HighlightedRowHasAGreyBackground)
+{
+    TemplatePtr tmpl = make_template("S=Support|B=Canvas|R=Tension|c=Good|R=Other|t");
+    Page page(tmpl.get(), false, 400, 300);
+    ov_text_sheet_block *block = report_type_of(tmpl.get())->segments.first()->blocks.first();
+    Surface surface = new_surface(400, 200);
+    ov::CairoPtr cr(cairo_create(surface.surface.get()));
+    cairo_set_source_rgb(cr.get(), 1, 1, 1);
+    cairo_paint(cr.get());
+    cairo_set_source_rgb(cr.get(), 0, 0, 0);
+    cairo_set_line_width(cr.get(), 1);
+    OvGfxTextSheetContext context{page.editor, cr.get(), 400, block->rows.first(), TRUE, TRUE, nullptr};
+    int y = 0;
+    for (ov_text_sheet_row *row : block->rows)
+        y = ov_gfx_text_sheet_draw_framed_row(&context, y, row, 100, 200, FALSE);
+    // Inside the first row's frame and beside its column line; the second row stays white.
+    EXPECT_EQ(surface.pixel(27, 3), 0xe0e0e0u);
+    EXPECT_EQ(surface.pixel(128, 3), 0xe0e0e0u);
+    EXPECT_EQ(surface.pixel(27, y - 3), 0xffffffu) << y;
+}
+
+// Needs the text sheet menu: the row's menu icon opens it with the row shown
+// highlighted until the menu closes; "Add segments" opens it too.
+TEST_F(TextSheetEditorTest, DISABLED_MenuIconsOpenTheMenuWithTheRowHighlighted)
+{
+    TemplatePtr tmpl = make_template("S=Support|B=Canvas|R=Tension|c=Good");
+    TestWindow w;
+    gtk_window_set_default_size(GTK_WINDOW(w.window), 500, 300);
+    GtkWidget *editor =
+        w.pack(text_sheet_editor_new_for_report_type(tmpl.get(), report_type_of(tmpl.get())), TRUE);
+    w.show();
+    ov_text_sheet_row *row = report_type_of(tmpl.get())->segments.first()->blocks.first()->rows.first();
+    wait_until([&] { return row->hit_area.menu.width > 0; });
+    const ov_text_sheet_rect menu = row->hit_area.menu;
+    auto grey_inside_row = [&] {
+        Surface s =
+            new_surface(gtk_widget_get_allocated_width(editor), gtk_widget_get_allocated_height(editor));
+        gtk_widget_draw(editor, ov::CairoPtr(cairo_create(s.surface.get())).get());
+        return s.pixel(30, menu.y) == 0xe0e0e0u;
+    };
+    bool grey_while_open = false;
+    Script script;
+    script.when_menu([&] {
+        grey_while_open = grey_inside_row();
+        dismiss_menu();
+    });
+    click_at(editor, menu.x + 5, menu.y + 4);
+    finish(script);
+    EXPECT_TRUE(grey_while_open);
+    EXPECT_FALSE(grey_inside_row());
+
+    ov_text_sheet_rect add_segments = {};
+    OvGfxTextSheetContext recording{editor, nullptr, gtk_widget_get_allocated_width(editor), nullptr, TRUE,
+                                    TRUE,   nullptr};
+    ov_gfx_text_sheet_draw_add_segments(&recording, 0, &add_segments);
+    Script add;
+    add.when_menu([] { dismiss_menu(); });
+    click_at(editor, add_segments.x + 5, add_segments.y + 4);
+    finish(add);
+}
+
 TEST_F(TextSheetEditorTest, FollowsTheActiveLocale)
 {
     TemplatePtr tmpl = make_template(rich_sheet);
