@@ -1,6 +1,7 @@
 #include "app/text_sheet_layout.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
