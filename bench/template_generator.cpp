@@ -27,7 +27,7 @@ langstr *make_text(const char *uk_english, const char *swedish, const char *germ
     return ls;
 }
 
-ov_text_sheet_block *make_block(int number, bool details)
+ov_text_sheet_block *make_block(int number, bool details, bool more_checkboxes = false)
 {
     ov_text_sheet_block *block = ov_text_sheet_block_new(nullptr);
     block->header = make_text("Surface condition of the object", "Ytans skick p\xE5 f\xF6rem\xE5let",
@@ -51,6 +51,12 @@ ov_text_sheet_block *make_block(int number, bool details)
                                    "Behandlung n\xF6tig <dringend>", number, r);
         checkbox->selected = details && r % 2 == 0;
         ov_text_sheet_row_add_field(row, checkbox);
+        // Some rows have more checkboxes, which wrap in narrow sheets.
+        for (int extra = 0; more_checkboxes && extra < (number + r) % 3; ++extra) {
+            ov_text_sheet_field *more = ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_CHECKBOX);
+            more->text = make_text("Stable", "Stabil", "Stabil", number, r * 10 + extra);
+            ov_text_sheet_row_add_field(row, more);
+        }
     }
     return block;
 }
@@ -82,5 +88,23 @@ ov_template *ov_bench_make_large_template(int block_count)
         else
             ov_text_sheet_segment_add_block(segments[b % 20], make_block(b, false));
     }
+    return tmpl;
+}
+
+ov_template *ov_bench_make_long_sheet_template(int block_count)
+{
+    ov_template *tmpl = ov_template_new();
+    tmpl->name = make_text("Benchmark sheet", "Prestandablad", "Leistungsblatt", block_count, 0);
+    ov_template_report_type *report_type = ov_template_report_type_new(nullptr);
+    report_type->name = make_text("Condition report", "Tillst\xE5ndsrapport", "Zustandsprotokoll", 0, 0);
+    ov_template_add_report_type(tmpl, report_type);
+    ov_text_sheet_segment *segments[10] = {};
+    for (int s = 0; s < 10; ++s) {
+        segments[s] = ov_text_sheet_segment_new(nullptr);
+        segments[s]->header = make_text("Paint layer", "F\xE4rgskikt", "Malschicht", 0, s);
+        ov_template_report_type_add_segment(report_type, segments[s]);
+    }
+    for (int b = 0; b < block_count; ++b)
+        ov_text_sheet_segment_add_block(segments[b * 10 / block_count], make_block(b, false, true));
     return tmpl;
 }

@@ -8,3 +8,8 @@
 // fields carry contents and one checkbox per row is ticked); the others are
 // spread over two report types of ten segments each.
 ov_template *ov_bench_make_large_template(int block_count);
+
+// A template whose one report type holds every block (ten segments, blocks
+// of ten rows): one long page for the text sheet editor. Rows hold a text
+// field and one to three checkboxes.
+ov_template *ov_bench_make_long_sheet_template(int block_count);

@@ -15,21 +15,29 @@
 
 #include <cstdint>
 
-// A rectangle in widget pixels.
+// A rectangle in widget pixels; one with no area never matches a point.
 struct ov_text_sheet_rect {
-    double x;
-    double y;
-    double width;
-    double height;
+    std::int32_t x;
+    std::int32_t y;
+    std::int32_t width;
+    std::int32_t height;
 };
 
 // Where the text sheet editor last drew a node and where its clickable spots
-// are. The drawing code fills it each time it draws; the model only zeroes it
-// on creation and never copies it.
+// are, and the node's measured size that the editor keeps between draws. The
+// drawing code fills it; the model only zeroes it on creation and never
+// copies it, so a new or cloned node is never taken for a measured one.
 struct ov_text_sheet_hit_area {
-    ov_text_sheet_rect bounds; // the whole node
-    ov_text_sheet_rect header; // the header text, or a field's text or box
     ov_text_sheet_rect menu;   // the node's menu icon
+    ov_text_sheet_rect status; // the translation status symbol of its header or text
+    ov_text_sheet_rect field;  // a field's checkbox image or its whole text
+    std::int32_t top;          // a segment's or block's top y
+    // Layout kept by the editor between draws, valid while layout_stamp is
+    // the editor's current stamp (never 0): the height of a segment's header,
+    // of a block's header or of a row, and a block's title column.
+    std::uint32_t layout_stamp;
+    std::int32_t height;
+    std::int32_t column;
 };
 
 enum : std::uint32_t {

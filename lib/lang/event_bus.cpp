@@ -74,6 +74,12 @@ void ov_event_bus_trigger(int event)
     }
 }
 
+guint ov_event_bus_count_handlers(int event)
+{
+    g_return_val_if_fail(valid_event(event), 0);
+    return buses[event] != nullptr ? ov::list_count(buses[event]->handlers) : 0;
+}
+
 void ov_event_bus_clean_up()
 {
     for (Bus *&bus : buses) {

@@ -16,5 +16,7 @@ OvEventBusHandler *ov_event_bus_connect(int event, OvEventBusCallback callback, 
 // Unlinks and frees a live handler.
 void ov_event_bus_disconnect(OvEventBusHandler *handler);
 void ov_event_bus_trigger(int event);
+// How many handlers are connected to the event.
+guint ov_event_bus_count_handlers(int event);
 // At shutdown: frees the buses; handlers still connected are not freed.
 void ov_event_bus_clean_up();

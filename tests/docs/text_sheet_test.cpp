@@ -130,7 +130,7 @@ template <class Node, class Parent> void check_level(const Level<Node, Parent> &
             level.destroy(node); // an unlinked node touches no list
             break;
         case 'c':
-            node->hit_area.bounds = {1, 2, 3, 4};
+            node->hit_area.menu = {1, 2, 3, 4};
             Node *copy = level.clone(node);
             EXPECT_TRUE(copy->previous == nullptr && copy->next == nullptr && is_zero(copy->hit_area));
             EXPECT_NE(level.label(copy), level.label(node));

@@ -315,6 +315,11 @@ std::string label_texts(GtkWidget *root)
 
 void click(GtkWidget *widget)
 {
+    click_at(widget, -1, -1);
+}
+
+void click_at(GtkWidget *widget, int x, int y)
+{
     if (widget == nullptr || !gtk_widget_is_sensitive(widget) || !gtk_widget_get_mapped(widget)) {
         ADD_FAILURE() << "The widget to click is missing, insensitive or not shown.";
         return;
@@ -327,11 +332,12 @@ void click(GtkWidget *widget)
             return allocation.x >= 0 && allocation.width > 1;
         },
         1000);
+    if (x < 0 || y < 0) {
+        x = allocation.width / 2;
+        y = allocation.height / 2;
+    }
     GtkWidget *toplevel = gtk_widget_get_toplevel(widget);
-    int x = 0;
-    int y = 0;
-    if (!gtk_widget_translate_coordinates(widget, toplevel, allocation.width / 2, allocation.height / 2, &x,
-                                          &y)) {
+    if (!gtk_widget_translate_coordinates(widget, toplevel, x, y, &x, &y)) {
         ADD_FAILURE() << "The widget to click is not inside a window.";
         return;
     }

@@ -54,6 +54,8 @@ std::string label_texts(GtkWidget *root); // the visible labels joined with '|'
 
 // User actions; the forms without a widget act on top_window().
 void click(GtkWidget *widget); // the first mouse button in the widget's middle
+// The first mouse button at (x, y) in the widget's coordinates.
+void click_at(GtkWidget *widget, int x, int y);
 void click_button(const char *label);
 void click_button_in(GtkWidget *root, const char *label);
 // A key press and release sent to the widget's window, focused on widget.
