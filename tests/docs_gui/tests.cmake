@@ -1,3 +1,4 @@
 list(APPEND OV_GUI_TEST_SOURCES
   docs_gui/text_sheet_menu_test.cpp
+  docs_gui/text_sheet_fields_gui_test.cpp
 )
