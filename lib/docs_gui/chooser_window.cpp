@@ -6,13 +6,25 @@
 namespace ov
 {
 
+namespace
+{
+
+void unselect_after_first_focus(GtkWidget *view, gpointer)
+{
+    if (!gtk_widget_get_realized(view))
+        return;
+    gtk_tree_selection_unselect_all(gtk_tree_view_get_selection(GTK_TREE_VIEW(view)));
+    g_signal_handlers_disconnect_by_func(view, reinterpret_cast<gpointer>(unselect_after_first_focus),
+                                         nullptr);
+}
+
+} // namespace
+
 void focus_list_without_selection(GtkTreeView *view)
 {
-    // The first focus sets the cursor, selecting its row; later ones (the
-    // window stack focuses the widget again) keep the cursor and select
-    // nothing.
-    gtk_widget_grab_focus(GTK_WIDGET(view));
-    gtk_tree_selection_unselect_all(gtk_tree_view_get_selection(view));
+    // Focusing a realised tree view without a cursor puts the cursor on the
+    // first row and selects it; later focusing keeps the cursor.
+    g_signal_connect_after(view, "grab-focus", G_CALLBACK(unselect_after_first_focus), nullptr);
 }
 
 void ChooserWindow::on_selection_changed(GtkTreeSelection *selection, gpointer self)

@@ -12,8 +12,9 @@
 namespace ov
 {
 
-// Gives the list the keyboard focus without the selection of its first row
-// that focusing a tree view makes, so that the user starts with none.
+// Undoes the selection of the first row that the list's first focus in a
+// shown window makes, so that the user starts with none. Call before the
+// window is run with the list as its focus widget.
 void focus_list_without_selection(GtkTreeView *view);
 
 class ChooserWindow

@@ -76,9 +76,9 @@ TEST_F(DocsGui, FieldsListShowsCompactedContentsCutAt53BytesAndFullTextAfterAnEd
 {
     const std::string x52(52, 'x'), y53(53, 'y'), z60(60, 'z');
     RowPtr row(ov_text_sheet_row_new(nullptr));
+    add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, x52.c_str());
     add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD, "  Pre \t filled\n text ");
     add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD, nullptr);
-    add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, x52.c_str());
     ov_text_sheet_field *long_label = add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, y53.c_str());
     add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, "F\xe4rg");
     const std::vector<ov_text_sheet_field *> before = fields_of(row.get());
@@ -106,7 +106,7 @@ TEST_F(DocsGui, FieldsListShowsCompactedContentsCutAt53BytesAndFullTextAfterAnEd
                 });
     EXPECT_FALSE(ov_text_sheet_fields_gui_run(row.get(), nullptr));
 
-    EXPECT_EQ(opened, "Text field, Pre filled text|Text field, |Checkbox, " + x52 + "|Checkbox, " +
+    EXPECT_EQ(opened, "Checkbox, " + x52 + "|Text field, Pre filled text|Text field, |Checkbox, " +
                           std::string(50, 'y') + "...|Checkbox, F\xc3\xa4rg");
     EXPECT_EQ(edit_states, "off off on");
     EXPECT_TRUE(contains(labels, "Enter checkbox label: (Required)")) << labels;
