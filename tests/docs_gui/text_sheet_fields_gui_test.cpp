@@ -1,5 +1,5 @@
-// The fields dialog: what its list shows, how its buttons change the list,
-// and what OK and Cancel leave in the row.
+// The fields dialog: what its list shows, and what OK, Cancel and the
+// window's close leave in the row.
 #include "docs_gui/docs_gui_test_util.h"
 
 #include "docs_gui/text_sheet_fields_gui.h"
@@ -13,17 +13,19 @@ using namespace ov::test;
 namespace
 {
 
-constexpr const char *dialog = "Set up fields";
-
 using RowPtr = ov::Owned<ov_text_sheet_row, ov_text_sheet_row_destroy>;
 
-ov_text_sheet_field *add_field(ov_text_sheet_row *row, std::uint32_t kind, const char *latin1)
+// A row "r" with fields of the kinds given ('t', 'c') and Latin-1 texts (null: none).
+RowPtr row_of(std::vector<std::pair<char, const char *>> fields)
 {
-    ov_text_sheet_field *field = ov_text_sheet_field_new(kind);
-    if (latin1 != nullptr)
-        ov_langstr_set_translation(&field->text, ov_locale_get_by_tag("en-uk"), latin1);
-    ov_text_sheet_row_add_field(row, field);
-    return field;
+    RowPtr row(ov_text_sheet_row_new(header_of("r").get()));
+    for (auto [kind, text] : fields) {
+        ov_text_sheet_field *field = ov_text_sheet_field_new(kind == 'c' ? 1 : 0);
+        if (text != nullptr)
+            ov_langstr_set_translation(&field->text, ov_locale_get_by_tag("en-uk"), text);
+        ov_text_sheet_row_add_field(row.get(), field);
+    }
+    return row;
 }
 
 std::vector<ov_text_sheet_field *> fields_of(const ov_text_sheet_row *row)
@@ -34,160 +36,113 @@ std::vector<ov_text_sheet_field *> fields_of(const ov_text_sheet_row *row)
     return fields;
 }
 
-std::string rows_shown()
+void select(const std::string &row)
 {
-    return list_rows(GTK_WIDGET(top_window()));
+    click_list_row(GTK_WIDGET(top_window()), row.c_str());
 }
 
-GtkWidget *button(const char *label)
+const char *edit_state()
 {
-    return find_button(GTK_WIDGET(top_window()), label);
+    return gtk_widget_get_sensitive(find_button(GTK_WIDGET(top_window()), "Edit")) ? "on" : "off";
 }
 
-void select(const char *first_column)
+// Runs the window the button opens with the answer.
+void open_with(const char *button, const char *window, Script::Action answer)
 {
-    click_list_row(GTK_WIDGET(top_window()), first_column);
-}
-
-// Selects the entry with those contents.
-void select_contents(const char *contents)
-{
-    GtkTreeView *view = GTK_TREE_VIEW(
-        find_widget(GTK_WIDGET(top_window()), [](GtkWidget *w) { return GTK_IS_TREE_VIEW(w); }));
-    GtkTreeModel *model = gtk_tree_view_get_model(view);
-    GtkTreeIter iter;
-    for (gboolean valid = gtk_tree_model_get_iter_first(model, &iter); valid;
-         valid = gtk_tree_model_iter_next(model, &iter)) {
-        char *text = nullptr;
-        gtk_tree_model_get(model, &iter, 1, &text, -1);
-        const bool found = g_strcmp0(text, contents) == 0;
-        g_free(text);
-        if (found) {
-            gtk_tree_selection_select_iter(gtk_tree_view_get_selection(view), &iter);
-            return;
-        }
-    }
-    ADD_FAILURE() << "No entry with contents " << contents << " among: " << rows_shown();
+    Script s;
+    s.when_window(window, std::move(answer));
+    click_button(button);
+    finish(s);
 }
 
 } // namespace
 
 TEST_F(DocsGui, FieldsListShowsCompactedContentsCutAt53BytesAndFullTextAfterAnEdit)
 {
-    const std::string x52(52, 'x'), y53(53, 'y'), z60(60, 'z');
-    RowPtr row(ov_text_sheet_row_new(nullptr));
-    add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, x52.c_str());
-    add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD, "  Pre \t filled\n text ");
-    add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD, nullptr);
-    ov_text_sheet_field *long_label = add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, y53.c_str());
-    add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, "F\xe4rg");
+    const std::string x52(52, 'x'), y53(53, 'y'), y50 = std::string(50, 'y') + "...", z60(60, 'z');
+    RowPtr row = row_of({{'c', x52.c_str()},
+                         {'t', " Pre \t filled\n text "},
+                         {'t', nullptr},
+                         {'c', y53.c_str()},
+                         {'c', "F\xe4rg"}});
     const std::vector<ov_text_sheet_field *> before = fields_of(row.get());
-
-    std::string opened, edit_states, labels, after_edit;
+    std::string opened, states, labels, edited;
     Script script;
-    script.when_window(dialog, [&] {
-        opened = rows_shown();
-        edit_states = gtk_widget_get_sensitive(button("Edit")) ? "on" : "off";
-        select("Text field");
-        edit_states += gtk_widget_get_sensitive(button("Edit")) ? " on" : " off";
-        select_contents((std::string(50, 'y') + "...").c_str());
-        edit_states += gtk_widget_get_sensitive(button("Edit")) ? " on" : " off";
-        click_button("Edit");
+    script.when_window("Set up fields", [&] {
+        opened = list_rows(GTK_WIDGET(top_window()));
+        states = edit_state();
+        select("Text field, Pre filled text");
+        states += std::string(" ") + edit_state();
+        select("Checkbox, " + y50);
+        states += std::string(" ") + edit_state();
+        open_with("Edit", "Edit checkbox", [&] {
+            labels = label_texts(GTK_WIDGET(top_window()));
+            enter_text(z60)();
+        });
+        edited = list_rows(GTK_WIDGET(top_window()));
+        click_button("Cancel");
     });
-    script.when_window("Edit checkbox", [&] {
-        labels = label_texts(GTK_WIDGET(top_window()));
-        enter_text(z60)();
-    });
-    // The list changes once the label window has closed.
-    script.when([&] { return window_shown(dialog) && contains(rows_shown(), z60.c_str()); },
-                [&] {
-                    after_edit = rows_shown();
-                    click_button("Cancel");
-                });
     EXPECT_FALSE(ov_text_sheet_fields_gui_run(row.get(), nullptr));
-
-    EXPECT_EQ(opened, "Checkbox, " + x52 + "|Text field, Pre filled text|Text field, |Checkbox, " +
-                          std::string(50, 'y') + "...|Checkbox, F\xc3\xa4rg");
-    EXPECT_EQ(edit_states, "off off on");
+    EXPECT_EQ(opened, "Checkbox, " + x52 + "|Text field, Pre filled text|Text field, |Checkbox, " + y50 +
+                          "|Checkbox, F\xc3\xa4rg");
+    EXPECT_EQ(states, "off off on");
     EXPECT_TRUE(contains(labels, "Enter checkbox label: (Required)")) << labels;
-    EXPECT_TRUE(contains(after_edit, ("|Checkbox, " + z60 + "|").c_str())) << after_edit;
-    // The label was edited in place; Cancel keeps the edit and the fields.
+    EXPECT_TRUE(contains(edited, ("|Checkbox, " + z60 + "|").c_str())) << edited;
+    // The label changed in place and stays so after Cancel.
     EXPECT_EQ(fields_of(row.get()), before);
-    EXPECT_STREQ(ov_langstr_get_text(long_label->text, nullptr), z60.c_str());
+    EXPECT_STREQ(ov_langstr_get_text(before[3]->text, nullptr), z60.c_str());
 }
 
 TEST_F(DocsGui, FieldsOkTakesTheListOrderAndCancelDropsOnlyWhatTheDialogAdded)
 {
+    auto add_checkbox = [] { open_with("Add checkbox", "Add checkbox", enter_text("C")); };
     struct Case {
-        const char *name;
-        std::function<void()> steps; // run in the dialog, which is then left
-        const char *leave_with;      // "OK", "Cancel" or "close"
-        const char *row_after;
-        gboolean result;
-    };
-    auto add_checkbox = [](const char *label) {
-        Script s;
-        s.when_window("Add checkbox", enter_text(label));
-        click_button("Add checkbox");
-        finish(s);
+        std::function<void()> steps;
+        const char *leave_with, *after;
     };
     const Case cases[] = {
-        {"add, delete, reorder",
-         [&] {
+        {[&] {
              click_button("Add text field");
-             add_checkbox("C");
-             select("Text field");
+             add_checkbox();
+             select("Text field, A");
              click_button("Delete");
-             select_contents("C");
+             select("Checkbox, C");
              click_button("Move up");
              click_button("Move up");
          },
-         "OK", "r[c:C c:B t]", TRUE},
-        {"delete everything",
-         [&] {
-             for (int i = 0; i < 2; ++i) {
-                 select_contents(i == 0 ? "A" : "B");
+         "OK", "r[c:C c:B t]"},
+        {[] {
+             for (const char *entry : {"Text field, A", "Checkbox, B"}) {
+                 select(entry);
                  click_button("Delete");
              }
          },
-         "OK", "r", TRUE},
-        {"cancel after adds and deletes",
-         [&] {
+         "OK", "r"},
+        {[] { open_with("Add checkbox", "Add checkbox", [] { click_button("Cancel"); }); }, "OK",
+         "r[t:A c:B]"},
+        {[&] {
              click_button("Add text field");
-             add_checkbox("C");
-             select_contents("C");
+             add_checkbox();
              click_button("Delete");
-             select_contents("A");
+             select("Text field, A");
              click_button("Delete");
          },
-         "Cancel", "r[t:A c:B]", FALSE},
-        {"closed after an add", [&] { click_button("Add text field"); }, "close", "r[t:A c:B]", FALSE},
-        {"cancelled label adds nothing",
-         [&] {
-             Script s;
-             s.when_window("Add checkbox", [] { click_button("Cancel"); });
-             click_button("Add checkbox");
-             finish(s);
-         },
-         "OK", "r[t:A c:B]", TRUE},
+         "Cancel", "r[t:A c:B]"},
+        {[] { click_button("Add text field"); }, "close", "r[t:A c:B]"},
     };
     for (const Case &c : cases) {
-        RowPtr row(ov_text_sheet_row_new(langstr_of("en-uk=r").get()));
-        add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD, "A");
-        add_field(row.get(), OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, "B");
+        RowPtr row = row_of({{'t', "A"}, {'c', "B"}});
         const std::vector<ov_text_sheet_field *> before = fields_of(row.get());
         Script script;
-        script.when_window(dialog, [&] {
+        script.when_window("Set up fields", [&] {
             c.steps();
-            if (g_strcmp0(c.leave_with, "close") == 0)
-                close_window(top_window());
-            else
-                click_button(c.leave_with);
+            g_strcmp0(c.leave_with, "close") == 0 ? close_window(top_window()) : click_button(c.leave_with);
         });
-        EXPECT_EQ(ov_text_sheet_fields_gui_run(row.get(), nullptr), c.result) << c.name;
-        EXPECT_EQ(outline(row.get()), c.row_after) << c.name;
-        if (!c.result) {
-            EXPECT_EQ(fields_of(row.get()), before) << c.name;
+        const gboolean ok = ov_text_sheet_fields_gui_run(row.get(), nullptr);
+        EXPECT_EQ(ok, g_strcmp0(c.leave_with, "OK") == 0) << c.after;
+        EXPECT_EQ(outline(row.get()), c.after);
+        if (!ok) { // the very fields, not copies
+            EXPECT_EQ(fields_of(row.get()), before) << c.after;
         }
     }
 }

@@ -403,6 +403,15 @@ std::vector<std::string> row_texts(GtkTreeView *view, GtkTreeIter *iter)
     return texts;
 }
 
+// The texts of the row's columns joined with ", ".
+std::string row_text(GtkTreeView *view, GtkTreeIter *iter)
+{
+    std::string row;
+    for (const std::string &text : row_texts(view, iter))
+        row += (row.empty() ? "" : ", ") + text;
+    return row;
+}
+
 } // namespace
 
 std::string list_rows(GtkWidget *root)
@@ -415,12 +424,8 @@ std::string list_rows(GtkWidget *root)
     GtkTreeIter iter;
     bool first_row = true;
     for (gboolean valid = gtk_tree_model_get_iter_first(model, &iter); valid;
-         valid = gtk_tree_model_iter_next(model, &iter), first_row = false) {
-        std::string row;
-        for (const std::string &text : row_texts(view, &iter))
-            row += (row.empty() ? "" : ", ") + text;
-        rows += (first_row ? "" : "|") + row;
-    }
+         valid = gtk_tree_model_iter_next(model, &iter), first_row = false)
+        rows += (first_row ? "" : "|") + row_text(view, &iter);
     return rows;
 }
 
@@ -431,7 +436,7 @@ void click_list_row(GtkWidget *root, const char *text, bool twice)
     GtkTreeIter iter;
     for (gboolean valid = model != nullptr && gtk_tree_model_get_iter_first(model, &iter); valid;
          valid = gtk_tree_model_iter_next(model, &iter)) {
-        if (row_texts(view, &iter).front() != text)
+        if (row_text(view, &iter) != text && row_texts(view, &iter).front() != text)
             continue;
         ov::Owned<GtkTreePath, gtk_tree_path_free> path(gtk_tree_model_get_path(model, &iter));
         gtk_tree_view_scroll_to_cell(view, path.get(), nullptr, FALSE, 0, 0);

@@ -56,8 +56,9 @@ void click_button_in(GtkWidget *root, const char *label);
 // The first tree view inside root: the texts its rows show, one row per
 // entry joined with '|', the columns of a row with ", ".
 std::string list_rows(GtkWidget *root);
-// Clicks the row of the first tree view inside root whose first column
-// shows text; fails the test when there is none. Double clicks with twice.
+// Clicks the first row of the first tree view inside root that shows text
+// in its first column or in all ("Checkbox, Tick"); fails the test when
+// there is none. Double clicks with twice.
 void click_list_row(GtkWidget *root, const char *text, bool twice = false);
 // A key press and release sent to the widget's window, focused on widget.
 void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers = GdkModifierType(0));
