@@ -114,6 +114,8 @@ void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
 {
     GdkSeat *seat = gdk_display_get_default_seat(gdk_window_get_display(window));
     GdkDevice *device = press == GDK_KEY_PRESS ? gdk_seat_get_keyboard(seat) : gdk_seat_get_pointer(seat);
+    // The press may close the window (a double click that accepts a list).
+    auto keep = ov::ObjectRef<GdkWindow>::ref(window);
     for (GdkEventType type : {press, release}) {
         GdkEvent *event = gdk_event_new(type);
         event->any.window = GDK_WINDOW(g_object_ref(window));
@@ -121,7 +123,8 @@ void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
         gdk_event_set_device(event, device);
         gdk_event_set_source_device(event, device);
         fill(event);
-        gtk_main_do_event(event);
+        if (!gdk_window_is_destroyed(window))
+            gtk_main_do_event(event);
         gdk_event_free(event);
     }
 }
@@ -332,6 +335,7 @@ void click_at(GtkWidget *widget, int x_in_widget, int y_in_widget, bool twice)
     int root_x = 0;
     int root_y = 0;
     gdk_window_get_root_coords(window, x, y, &root_x, &root_y);
+    auto keep = ov::ObjectRef<GdkWindow>::ref(window); // see send_pair
     for (int n = 0; n < (twice ? 2 : 1); ++n)
         send_pair(window, GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE, [&](GdkEvent *event) {
             event->button.x = x;
@@ -340,7 +344,7 @@ void click_at(GtkWidget *widget, int x_in_widget, int y_in_widget, bool twice)
             event->button.y_root = root_y;
             event->button.button = 1;
             event->button.state = event->type == GDK_BUTTON_RELEASE ? GDK_BUTTON1_MASK : 0;
-            if (n == 1 && event->type == GDK_BUTTON_RELEASE) {
+            if (n == 1 && event->type == GDK_BUTTON_RELEASE && !gdk_window_is_destroyed(window)) {
                 // GDK sends the double press between the second press and release.
                 GdkEvent *double_press = gdk_event_copy(event);
                 double_press->type = GDK_2BUTTON_PRESS;
