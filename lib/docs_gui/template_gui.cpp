@@ -158,11 +158,15 @@ gboolean run_template_chooser(int mode, const Target &target)
 {
     ov::ChooserWindow chooser(
         ov::ObjectRef<GtkListStore>::adopt(gtk_list_store_new(2, G_TYPE_STRING, G_TYPE_STRING)));
-    ov_template_list *list = ov_template_list_load();
-    for (ov_template_list_entry *entry : list->entries)
-        gtk_list_store_insert_with_values(chooser.store(), nullptr, -1, 0, entry->ui_string, 1, entry->path,
-                                          -1);
-    ov_template_list_destroy(list);
+    {
+        ov::Owned<ov_template_list, ov_template_list_destroy> list(ov_template_list_load());
+        for (ov_template_list_entry *entry : list->entries)
+            gtk_list_store_insert_with_values(chooser.store(), nullptr, -1, 0, entry->ui_string, 1,
+                                              entry->path, -1);
+    }
+    // Files left out of the list leave their reasons behind; they are not
+    // shown, and must not precede the reason of a file that fails later.
+    ov_error_clear();
 
     gboolean applied = FALSE;
     chooser.run("Choose template", "Select a template:", "Description", 400, 300,
