@@ -7,8 +7,6 @@
 #include "widgets/langstr_window.h"
 
 #include <array>
-#include <string>
-#include <string_view>
 
 namespace
 {
@@ -49,7 +47,7 @@ enum Action : int {
 
 // The entry texts; the header entries read "Set ..." for a node without a
 // header, and "read all" names what it reads on each sheet.
-constexpr std::array<std::string_view, N_ACTIONS> entry_texts = {
+constexpr std::array<const char *, N_ACTIONS> entry_texts = {
     "Add block",
     "Add block above",
     "Add block below",
@@ -261,12 +259,11 @@ void on_activate(GtkMenuItem *item, gpointer context)
 class MenuBuilder
 {
   public:
-    MenuBuilder(Context &c) : c_(c), menu_(GTK_MENU_SHELL(gtk_menu_new())) {}
+    explicit MenuBuilder(Context &c) : c_(c), menu_(GTK_MENU_SHELL(gtk_menu_new())) {}
 
     MenuBuilder &item(Action action, bool insensitive = false, const char *text = nullptr)
     {
-        const std::string_view label = text != nullptr ? std::string_view(text) : entry_texts[action];
-        ov_gui_menu_append_item_with_activate_callback(menu_, std::string(label).c_str(),
+        ov_gui_menu_append_item_with_activate_callback(menu_, text != nullptr ? text : entry_texts[action],
                                                        GINT_TO_POINTER(action), insensitive ? 1 : 0,
                                                        on_activate, &c_);
         return *this;
