@@ -113,6 +113,8 @@ void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
 {
     GdkSeat *seat = gdk_display_get_default_seat(gdk_window_get_display(window));
     GdkDevice *device = press == GDK_KEY_PRESS ? gdk_seat_get_keyboard(seat) : gdk_seat_get_pointer(seat);
+    // The press may close the window (a double click that accepts a list).
+    auto keep = ov::ObjectRef<GdkWindow>::ref(window);
     for (GdkEventType type : {press, release}) {
         GdkEvent *event = gdk_event_new(type);
         event->any.window = GDK_WINDOW(g_object_ref(window));
@@ -120,7 +122,8 @@ void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
         gdk_event_set_device(event, device);
         gdk_event_set_source_device(event, device);
         fill(event);
-        gtk_main_do_event(event);
+        if (!gdk_window_is_destroyed(window))
+            gtk_main_do_event(event);
         gdk_event_free(event);
     }
 }
@@ -318,7 +321,10 @@ void click(GtkWidget *widget)
     click_at(widget, -1, -1);
 }
 
-void click_at(GtkWidget *widget, int x, int y)
+// A press and release of the first mouse button at (x, y) in the widget's
+// allocation (its middle for negative values); with twice a second pair and
+// the double-click event follow.
+void click_at(GtkWidget *widget, int x, int y, bool twice)
 {
     if (widget == nullptr || !gtk_widget_is_sensitive(widget) || !gtk_widget_get_mapped(widget)) {
         ADD_FAILURE() << "The widget to click is missing, insensitive or not shown.";
@@ -345,15 +351,107 @@ void click_at(GtkWidget *widget, int x, int y)
     int root_x = 0;
     int root_y = 0;
     gdk_window_get_root_coords(window, x, y, &root_x, &root_y);
-    send_pair(window, GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE, [&](GdkEvent *event) {
-        event->button.x = x;
-        event->button.y = y;
-        event->button.x_root = root_x;
-        event->button.y_root = root_y;
-        event->button.button = 1;
-        event->button.state = event->type == GDK_BUTTON_RELEASE ? GDK_BUTTON1_MASK : 0;
-    });
+    auto keep = ov::ObjectRef<GdkWindow>::ref(window); // see send_pair
+    for (int n = 0; n < (twice ? 2 : 1); ++n)
+        send_pair(window, GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE, [&](GdkEvent *event) {
+            event->button.x = x;
+            event->button.y = y;
+            event->button.x_root = root_x;
+            event->button.y_root = root_y;
+            event->button.button = 1;
+            event->button.state = event->type == GDK_BUTTON_RELEASE ? GDK_BUTTON1_MASK : 0;
+            if (n == 1 && event->type == GDK_BUTTON_RELEASE && !gdk_window_is_destroyed(window)) {
+                // GDK sends the double press between the second press and release.
+                GdkEvent *double_press = gdk_event_copy(event);
+                double_press->type = GDK_2BUTTON_PRESS;
+                double_press->button.state = 0;
+                gtk_main_do_event(double_press);
+                gdk_event_free(double_press);
+            }
+        });
     flush_events();
+}
+
+namespace
+{
+
+GtkTreeView *first_tree_view(GtkWidget *root)
+{
+    return GTK_TREE_VIEW(find_widget(root, [](GtkWidget *w) { return GTK_IS_TREE_VIEW(w); }));
+}
+
+// The texts the row shows in each visible column.
+std::vector<std::string> row_texts(GtkTreeView *view, GtkTreeIter *iter)
+{
+    std::vector<std::string> texts;
+    GtkTreeModel *model = gtk_tree_view_get_model(view);
+    for (int i = 0; GtkTreeViewColumn *column = gtk_tree_view_get_column(view, i); ++i) {
+        if (!gtk_tree_view_column_get_visible(column))
+            continue;
+        gtk_tree_view_column_cell_set_cell_data(column, model, iter, FALSE, FALSE);
+        std::string text;
+        GList *cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(column));
+        for (GList *cell = cells; cell != nullptr; cell = cell->next)
+            if (GTK_IS_CELL_RENDERER_TEXT(cell->data)) {
+                char *shown = nullptr;
+                g_object_get(cell->data, "text", &shown, nullptr);
+                text += shown != nullptr ? shown : "";
+                g_free(shown);
+            }
+        g_list_free(cells);
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+// The texts of the row's columns joined with ", ".
+std::string row_text(GtkTreeView *view, GtkTreeIter *iter)
+{
+    std::string row;
+    for (const std::string &text : row_texts(view, iter))
+        row += (row.empty() ? "" : ", ") + text;
+    return row;
+}
+
+} // namespace
+
+std::string list_rows(GtkWidget *root)
+{
+    GtkTreeView *view = first_tree_view(root);
+    if (view == nullptr)
+        return "(no list)";
+    std::string rows;
+    GtkTreeModel *model = gtk_tree_view_get_model(view);
+    GtkTreeIter iter;
+    bool first_row = true;
+    for (gboolean valid = gtk_tree_model_get_iter_first(model, &iter); valid;
+         valid = gtk_tree_model_iter_next(model, &iter), first_row = false)
+        rows += (first_row ? "" : "|") + row_text(view, &iter);
+    return rows;
+}
+
+void click_list_row(GtkWidget *root, const char *text, bool twice)
+{
+    GtkTreeView *view = first_tree_view(root);
+    GtkTreeModel *model = view != nullptr ? gtk_tree_view_get_model(view) : nullptr;
+    GtkTreeIter iter;
+    for (gboolean valid = model != nullptr && gtk_tree_model_get_iter_first(model, &iter); valid;
+         valid = gtk_tree_model_iter_next(model, &iter)) {
+        if (row_text(view, &iter) != text && row_texts(view, &iter).front() != text)
+            continue;
+        ov::Owned<GtkTreePath, gtk_tree_path_free> path(gtk_tree_model_get_path(model, &iter));
+        gtk_tree_view_scroll_to_cell(view, path.get(), nullptr, FALSE, 0, 0);
+        wait_ms(50); // scrolling and layout run with the next frame
+        GdkRectangle cell;
+        gtk_tree_view_get_cell_area(view, path.get(), gtk_tree_view_get_column(view, 0), &cell);
+        int x = 0;
+        int y = 0;
+        gtk_tree_view_convert_bin_window_to_widget_coords(view, cell.x + cell.width / 2,
+                                                          cell.y + cell.height / 2, &x, &y);
+        click_at(GTK_WIDGET(view), x, y, twice);
+        return;
+    }
+    ADD_FAILURE() << "No list row \"" << text << "\" among: " << list_rows(root);
 }
 
 void click_button_in(GtkWidget *root, const char *label)

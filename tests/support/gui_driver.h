@@ -55,9 +55,16 @@ std::string label_texts(GtkWidget *root); // the visible labels joined with '|'
 // User actions; the forms without a widget act on top_window().
 void click(GtkWidget *widget); // the first mouse button in the widget's middle
 // The first mouse button at (x, y) in the widget's coordinates.
-void click_at(GtkWidget *widget, int x, int y);
+void click_at(GtkWidget *widget, int x, int y, bool twice = false);
 void click_button(const char *label);
 void click_button_in(GtkWidget *root, const char *label);
+// The first tree view inside root: the texts its rows show, one row per
+// entry joined with '|', the columns of a row with ", ".
+std::string list_rows(GtkWidget *root);
+// Clicks the first row of the first tree view inside root that shows text
+// in its first column or in all ("Checkbox, Tick"); fails the test when
+// there is none. Double clicks with twice.
+void click_list_row(GtkWidget *root, const char *text, bool twice = false);
 // A key press and release sent to the widget's window, focused on widget.
 void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers = GdkModifierType(0));
 void type_text(GtkWidget *widget, const char *text);  // key by key

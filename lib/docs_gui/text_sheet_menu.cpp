@@ -1,0 +1,352 @@
+#include "docs_gui/text_sheet_menu.h"
+
+#include "docs_gui/template_gui.h"
+#include "docs_gui/text_sheet_fields_gui.h"
+#include "frame/message.h"
+#include "gui/menu.h"
+#include "widgets/langstr_window.h"
+
+#include <array>
+
+namespace
+{
+
+// The menu's actions in alphabetical order of their names; an item carries
+// its number.
+enum Action : int {
+    ADD_BLOCK,
+    ADD_BLOCK_ABOVE,
+    ADD_BLOCK_BELOW,
+    ADD_ROW,
+    ADD_ROW_ABOVE,
+    ADD_ROW_BELOW,
+    ADD_SEGMENT,
+    ADD_SEGMENT_ABOVE,
+    ADD_SEGMENT_BELOW,
+    DELETE_BLOCK,
+    DELETE_BLOCK_HEADER,
+    DELETE_ROW,
+    DELETE_SEGMENT,
+    DELETE_SEGMENT_HEADER,
+    EDIT_BLOCK_HEADER,
+    EDIT_ROW_HEADER,
+    EDIT_SEGMENT_HEADER,
+    MOVE_BLOCK_DOWN,
+    MOVE_BLOCK_UP,
+    MOVE_ROW_DOWN,
+    MOVE_ROW_UP,
+    MOVE_SEGMENT_DOWN,
+    MOVE_SEGMENT_UP,
+    READ_ALL,
+    READ_ONE_BLOCK,
+    READ_ONE_ROW,
+    READ_ONE_SEGMENT,
+    SET_UP_FIELDS,
+    N_ACTIONS
+};
+
+// The entry texts; the header entries read "Set ..." for a node without a
+// header, and "read all" names what it reads on each sheet.
+constexpr std::array<const char *, N_ACTIONS> entry_texts = {
+    "Add block",
+    "Add block above",
+    "Add block below",
+    "Add row",
+    "Add row above",
+    "Add row below",
+    "Add segment",
+    "Add segment above",
+    "Add segment below",
+    "Delete block",
+    "Delete block header",
+    "Delete row",
+    "Delete segment",
+    "Delete segment header",
+    "Edit block header",
+    "Edit row header",
+    "Edit segment header",
+    "Move block down",
+    "Move block up",
+    "Move row down",
+    "Move row up",
+    "Move segment down",
+    "Move segment up",
+    "Read all segments of one report type from a template",
+    "Read one block from a template",
+    "Read one row from a template",
+    "Read one segment from a template",
+    "Set up fields",
+};
+
+struct Context {
+    ov_template *tmpl;
+    ov_template_report_type *report_type; // null on the basic data sheet
+    bool basic_data;
+    ov_text_sheet_segment *segment;
+    ov_text_sheet_block *block;
+    ov_text_sheet_row *row;
+    GtkWindow *parent;
+    gboolean changed;
+};
+
+// A node is first or last when its neighbour is the list's sentinel.
+template <class Node> bool is_first(const Node *node)
+{
+    return node->previous->previous == nullptr;
+}
+
+template <class Node> bool is_last(const Node *node)
+{
+    return node->next->next == nullptr;
+}
+
+// The header a dialog asks for. allow_empty is the multilingual text
+// window's flag that lets OK take an empty text: segments and blocks may go
+// without a header (the sheet then shows none), a row always has one.
+struct HeaderField {
+    const char *label;
+    gboolean allow_empty;
+};
+
+constexpr HeaderField segment_header = {"Segment header", TRUE};
+constexpr HeaderField block_header = {"Block header", TRUE};
+constexpr HeaderField row_header = {"Row header", FALSE};
+
+// Edits the node's own header in place; TRUE when confirmed.
+template <class Node> gboolean edit_header(Node *node, const HeaderField &field)
+{
+    return ov_langstr_window_run(0, &node->header, nullptr, nullptr, 0, field.allow_empty, nullptr,
+                                 field.label, nullptr, nullptr);
+}
+
+// A new node with the header the user enters, or null when cancelled.
+template <class Node> Node *ask_new_node(Node *(*create)(const langstr *), const HeaderField &field)
+{
+    langstr *header = nullptr;
+    if (!ov_langstr_window_run(0, &header, nullptr, nullptr, 0, field.allow_empty, nullptr, field.label,
+                               nullptr, nullptr))
+        return nullptr;
+    Node *node = create(header);
+    ov_langstr_free(header);
+    return node;
+}
+
+// Links a new node into place with link(node); FALSE when the user
+// cancelled its header.
+template <class Node, class Link>
+gboolean add_node(Node *(*create)(const langstr *), const HeaderField &field, Link link)
+{
+    Node *node = ask_new_node(create, field);
+    if (node == nullptr)
+        return FALSE;
+    link(node);
+    return TRUE;
+}
+
+// A new row is never empty: it starts with one text field.
+ov_text_sheet_row *new_row(const langstr *header)
+{
+    ov_text_sheet_row *row = ov_text_sheet_row_new(header);
+    ov_text_sheet_row_add_field(row, ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD));
+    return row;
+}
+
+template <class Node> gboolean delete_node(Node *node, void (*destroy)(Node *), const char *question)
+{
+    if (!ov_message_ask_yes_no_question(FALSE, TRUE, question))
+        return FALSE;
+    destroy(node);
+    return TRUE;
+}
+
+template <class Node> gboolean delete_header(Node *node, const char *question)
+{
+    if (!ov_message_ask_yes_no_question(FALSE, FALSE, question))
+        return FALSE;
+    ov_langstr_free(node->header);
+    node->header = nullptr;
+    return TRUE;
+}
+
+// Items read from other templates always go to the end of the target.
+gboolean read_from_template(const Context &c, int mode)
+{
+    return ov_template_gui_apply_template_to_template(mode, c.tmpl, c.report_type, c.segment, c.block);
+}
+
+gboolean perform(Context &c, Action action)
+{
+    switch (action) {
+    case ADD_BLOCK:
+        return add_node(ov_text_sheet_block_new, block_header,
+                        [&](auto *node) { ov_text_sheet_segment_add_block(c.segment, node); });
+    case ADD_BLOCK_ABOVE:
+        return add_node(ov_text_sheet_block_new, block_header,
+                        [&](auto *node) { ov_text_sheet_block_add_before(node, c.block); });
+    case ADD_BLOCK_BELOW:
+        return add_node(ov_text_sheet_block_new, block_header,
+                        [&](auto *node) { ov_text_sheet_block_add_after(node, c.block); });
+    case ADD_ROW:
+        return add_node(new_row, row_header, [&](auto *node) { ov_text_sheet_block_add_row(c.block, node); });
+    case ADD_ROW_ABOVE:
+        return add_node(new_row, row_header, [&](auto *node) { ov_text_sheet_row_add_before(node, c.row); });
+    case ADD_ROW_BELOW:
+        return add_node(new_row, row_header, [&](auto *node) { ov_text_sheet_row_add_after(node, c.row); });
+    case ADD_SEGMENT:
+        return add_node(ov_text_sheet_segment_new, segment_header,
+                        [&](auto *node) { ov_template_report_type_add_segment(c.report_type, node); });
+    case ADD_SEGMENT_ABOVE:
+        return add_node(ov_text_sheet_segment_new, segment_header,
+                        [&](auto *node) { ov_text_sheet_segment_add_before(node, c.segment); });
+    case ADD_SEGMENT_BELOW:
+        return add_node(ov_text_sheet_segment_new, segment_header,
+                        [&](auto *node) { ov_text_sheet_segment_add_after(node, c.segment); });
+    case DELETE_BLOCK:
+        return delete_node(c.block, ov_text_sheet_block_destroy,
+                           "Do you really want to delete this entire block?");
+    case DELETE_BLOCK_HEADER:
+        return delete_header(c.block, "Do you really want to delete the block header?");
+    case DELETE_ROW:
+        return delete_node(c.row, ov_text_sheet_row_destroy, "Do you really want to delete this row?");
+    case DELETE_SEGMENT:
+        return delete_node(c.segment, ov_text_sheet_segment_destroy,
+                           "Do you really want to delete this entire segment?");
+    case DELETE_SEGMENT_HEADER:
+        return delete_header(c.segment, "Do you really want to delete the segment header?");
+    case EDIT_BLOCK_HEADER:
+        return edit_header(c.block, block_header);
+    case EDIT_ROW_HEADER:
+        return edit_header(c.row, row_header);
+    case EDIT_SEGMENT_HEADER:
+        return edit_header(c.segment, segment_header);
+    case MOVE_BLOCK_DOWN:
+        return ov_text_sheet_block_move_down(c.block);
+    case MOVE_BLOCK_UP:
+        return ov_text_sheet_block_move_up(c.block);
+    case MOVE_ROW_DOWN:
+        return ov_text_sheet_row_move_down(c.row);
+    case MOVE_ROW_UP:
+        return ov_text_sheet_row_move_up(c.row);
+    case MOVE_SEGMENT_DOWN:
+        return ov_text_sheet_segment_move_down(c.segment);
+    case MOVE_SEGMENT_UP:
+        return ov_text_sheet_segment_move_up(c.segment);
+    case READ_ALL:
+        return read_from_template(c, c.basic_data ? OV_TEMPLATE_GUI_ALL_BASIC_DATA_BLOCKS
+                                                  : OV_TEMPLATE_GUI_ALL_SEGMENTS_OF_REPORT_TYPE);
+    case READ_ONE_BLOCK:
+        return read_from_template(c, c.basic_data ? OV_TEMPLATE_GUI_BASIC_DATA_BLOCK : OV_TEMPLATE_GUI_BLOCK);
+    case READ_ONE_ROW:
+        return read_from_template(c, c.basic_data ? OV_TEMPLATE_GUI_BASIC_DATA_ROW : OV_TEMPLATE_GUI_ROW);
+    case READ_ONE_SEGMENT:
+        return read_from_template(c, OV_TEMPLATE_GUI_SEGMENT);
+    case SET_UP_FIELDS:
+        return ov_text_sheet_fields_gui_run(c.row, c.parent);
+    case N_ACTIONS:
+        break;
+    }
+    return FALSE;
+}
+
+void on_activate(GtkMenuItem *item, gpointer context)
+{
+    auto *c = static_cast<Context *>(context);
+    const int action = GPOINTER_TO_INT(ov_gui_menu_get_item_data(GTK_WIDGET(item)));
+    if (action >= 0 && action < N_ACTIONS)
+        c->changed = perform(*c, static_cast<Action>(action));
+}
+
+class MenuBuilder
+{
+  public:
+    explicit MenuBuilder(Context &c) : c_(c), menu_(GTK_MENU_SHELL(gtk_menu_new())) {}
+
+    MenuBuilder &item(Action action, bool insensitive = false, const char *text = nullptr)
+    {
+        ov_gui_menu_append_item_with_activate_callback(menu_, text != nullptr ? text : entry_texts[action],
+                                                       GINT_TO_POINTER(action), insensitive ? 1 : 0,
+                                                       on_activate, &c_);
+        return *this;
+    }
+    MenuBuilder &separator()
+    {
+        ov_gui_menu_append_separator(menu_);
+        return *this;
+    }
+    // A node's header entries: edit and delete, or set when it has none.
+    MenuBuilder &header(const langstr *header, Action edit, const char *set_text, Action delete_header)
+    {
+        return header != nullptr ? item(edit).item(delete_header) : item(edit, false, set_text);
+    }
+    GtkMenu *menu() const { return GTK_MENU(menu_); }
+
+  private:
+    Context &c_;
+    GtkMenuShell *menu_;
+};
+
+void build_row_menu(MenuBuilder &m, const ov_text_sheet_row *row)
+{
+    m.item(EDIT_ROW_HEADER).item(SET_UP_FIELDS).separator();
+    m.item(MOVE_ROW_UP, is_first(row)).item(MOVE_ROW_DOWN, is_last(row)).item(DELETE_ROW).separator();
+    m.item(ADD_ROW_ABOVE).item(ADD_ROW_BELOW);
+}
+
+void build_block_menu(MenuBuilder &m, const ov_text_sheet_block *block)
+{
+    m.header(block->header, EDIT_BLOCK_HEADER, "Set block header", DELETE_BLOCK_HEADER);
+    m.item(ADD_ROW).separator().item(READ_ONE_ROW).separator();
+    m.item(MOVE_BLOCK_UP, is_first(block))
+        .item(MOVE_BLOCK_DOWN, is_last(block))
+        .item(DELETE_BLOCK)
+        .separator();
+    m.item(ADD_BLOCK_ABOVE).item(ADD_BLOCK_BELOW);
+}
+
+void build_segment_menu(MenuBuilder &m, const ov_text_sheet_segment *segment)
+{
+    m.header(segment->header, EDIT_SEGMENT_HEADER, "Set segment header", DELETE_SEGMENT_HEADER);
+    m.item(ADD_BLOCK).separator().item(READ_ONE_BLOCK).separator();
+    m.item(MOVE_SEGMENT_UP, is_first(segment)).item(MOVE_SEGMENT_DOWN, is_last(segment)).item(DELETE_SEGMENT);
+    m.separator().item(ADD_SEGMENT_ABOVE).item(ADD_SEGMENT_BELOW);
+}
+
+// The details segment has no header and is never moved, deleted or joined
+// by other segments.
+void build_basic_data_menu(MenuBuilder &m)
+{
+    m.item(ADD_BLOCK).separator().item(READ_ONE_BLOCK);
+    m.item(READ_ALL, false, "Read all basic data blocks from a template");
+}
+
+void build_empty_space_menu(MenuBuilder &m)
+{
+    m.item(ADD_SEGMENT).separator().item(READ_ONE_SEGMENT).item(READ_ALL);
+}
+
+} // namespace
+
+gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_report_type *report_type,
+                                             ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                             ov_text_sheet_row *row, GtkWindow *parent)
+{
+    g_return_val_if_fail(tmpl != nullptr, FALSE);
+    g_return_val_if_fail(row == nullptr || block != nullptr, FALSE);
+    const bool basic_data = report_type == nullptr;
+    if (basic_data && segment == nullptr)
+        segment = tmpl->details;
+    Context c = {tmpl, report_type, basic_data, segment, block, row, parent, FALSE};
+    MenuBuilder m(c);
+    if (row != nullptr)
+        build_row_menu(m, row);
+    else if (block != nullptr)
+        build_block_menu(m, block);
+    else if (segment != nullptr && basic_data)
+        build_basic_data_menu(m);
+    else if (segment != nullptr)
+        build_segment_menu(m, segment);
+    else
+        build_empty_space_menu(m);
+    ov_gui_menu_run_and_destroy(m.menu(), nullptr);
+    return c.changed;
+}

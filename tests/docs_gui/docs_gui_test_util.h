@@ -1,0 +1,188 @@
+// Templates built from and shown as compact outlines, a temporary workspace
+// and answers to the multilingual text window, for the tests of the
+// documents' menus and choosers.
+//
+// Outline of a report type: "S1[B1[r1 r2] B2[]] S2[]", each name the UK
+// English header ("-" for none). A row shows its fields when it has some:
+// "r[t t:text c:label]" (text fields, checkboxes).
+#pragma once
+
+#include "frame/frame_test_support.h"
+#include "widgets/widget_test_util.h"
+
+#include "docs/template.h"
+#include "docs/template_io.h"
+#include "frame/window_stack.h"
+#include "frame/workspace.h"
+#include "widgets/langstr_editor.h"
+#include "widgets/translation_entry.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ov::test
+{
+
+using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
+
+inline LangstrPtr header_of(const std::string &name)
+{
+    return name == "-" ? LangstrPtr() : langstr_of("en-uk=" + name);
+}
+
+inline std::string name_of(const langstr *header)
+{
+    const char *text = ov_langstr_get_text(header, nullptr);
+    return text != nullptr ? text : "-";
+}
+
+// Calls add(depth, name) for each name of the outline, depth 0 outermost.
+template <class Add> void parse_outline(const std::string &outline, Add add)
+{
+    int depth = 0;
+    std::string name;
+    for (char c : outline + " ") {
+        if (c != '[' && c != ']' && c != ' ') {
+            name += c;
+            continue;
+        }
+        if (!name.empty())
+            add(depth, name);
+        name.clear();
+        depth += c == '[' ? 1 : c == ']' ? -1 : 0;
+    }
+}
+
+// Segments, blocks and rows into a report type; without one, blocks and
+// rows into the segment.
+inline void fill(ov_template_report_type *type, ov_text_sheet_segment *segment, const std::string &outline)
+{
+    const int shift = type != nullptr ? 0 : 1;
+    parse_outline(outline, [&](int depth, const std::string &name) {
+        LangstrPtr header = header_of(name);
+        if (depth + shift == 0)
+            ov_template_report_type_add_segment(type, segment = ov_text_sheet_segment_new(header.get()));
+        else if (depth + shift == 1)
+            ov_text_sheet_segment_add_block(segment, ov_text_sheet_block_new(header.get()));
+        else
+            ov_text_sheet_block_add_row(segment->blocks.last(), ov_text_sheet_row_new(header.get()));
+    });
+}
+
+// A template with basic data blocks and (name, segments) report types.
+inline TemplatePtr template_of(const char *name, const char *details,
+                               const std::vector<std::pair<const char *, const char *>> &report_types)
+{
+    TemplatePtr tmpl(ov_template_new());
+    tmpl->name = header_of(name).release();
+    fill(nullptr, tmpl->details, details);
+    for (const auto &[type_name, segments] : report_types) {
+        ov_template_report_type *type = ov_template_report_type_new(header_of(type_name).get());
+        ov_template_add_report_type(tmpl.get(), type);
+        fill(type, nullptr, segments);
+    }
+    return tmpl;
+}
+
+inline std::string outline(const ov_text_sheet_row *row)
+{
+    std::string fields;
+    for (const ov_text_sheet_field *f : row->fields)
+        fields += std::string(fields.empty() ? "" : " ") +
+                  (f->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX ? "c" : "t") +
+                  (f->text != nullptr ? ":" + name_of(f->text) : "");
+    return name_of(row->header) + (fields.empty() ? "" : "[" + fields + "]");
+}
+
+inline std::string outline(const ov_text_sheet_segment *segment)
+{
+    std::string blocks;
+    for (const ov_text_sheet_block *block : segment->blocks) {
+        std::string rows;
+        for (const ov_text_sheet_row *row : block->rows)
+            rows += (rows.empty() ? "" : " ") + outline(row);
+        blocks += (blocks.empty() ? "" : " ") + name_of(block->header) + "[" + rows + "]";
+    }
+    return blocks;
+}
+
+// "basic data blocks | Type: segments | ...".
+inline std::string outline(const ov_template *tmpl)
+{
+    std::string text = outline(tmpl->details);
+    for (const ov_template_report_type *type : tmpl->report_types) {
+        text += " | " + name_of(type->name) + ":";
+        for (const ov_text_sheet_segment *segment : type->segments)
+            text += " " + name_of(segment->header) + "[" + outline(segment) + "]";
+    }
+    return text;
+}
+
+// Replaces the text of the multilingual text window on top and presses OK.
+inline Script::Action enter_text(std::string text)
+{
+    return [text] {
+        auto *editor = OV_LANGSTR_EDITOR(
+            find_widget(GTK_WIDGET(top_window()), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
+        GList *entries = ov_langstr_editor_get_entries(editor);
+        GtkWidget *field = ov_translation_entry_get_text_widget(OV_TRANSLATION_ENTRY(entries->data));
+        g_list_free(entries);
+        gtk_editable_delete_text(GTK_EDITABLE(field), 0, -1);
+        paste_text(field, text.c_str());
+        click_button("OK");
+    };
+}
+
+// UK English active, the window stack ready, the error buffer empty.
+struct DocsGui : ErrorCleared {
+    LocaleState keep_;
+    void SetUp() override
+    {
+        ErrorCleared::SetUp();
+        set_active("en-uk");
+        ov_window_stack_init();
+    }
+    void TearDown() override
+    {
+        ov_window_stack_clean_up();
+        flush_events();
+        ErrorCleared::TearDown();
+    }
+};
+
+// An open workspace in a temporary home folder, closed with the scope; the
+// user folders GLib reports are restored afterwards.
+class TempWorkspace
+{
+  public:
+    TempWorkspace()
+    {
+        make_folder(dir_.file("home/Orvane Workspace"));
+        make_folder(dir_.file("install"));
+        g_set_user_dirs("HOME", dir_.file("home").c_str(), "XDG_CONFIG_HOME", dir_.file("config").c_str(),
+                        nullptr);
+        ov_workspace_set_install_folder_path(dir_.file("install").c_str());
+        EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
+    }
+    ~TempWorkspace()
+    {
+        ov_workspace_close();
+        ov_workspace_set_install_folder_path(nullptr);
+        g_set_user_dirs("HOME", home_.c_str(), "XDG_CONFIG_HOME", config_.c_str(), nullptr);
+    }
+    std::string path_of(const char *file_name) const
+    {
+        return std::string(ov_workspace_get_templates_folder_path()) + "/" + file_name;
+    }
+    void add(const char *file_name, const ov_template *tmpl) const
+    {
+        EXPECT_TRUE(ov_template_io_write_to_file(tmpl, path_of(file_name).c_str())) << ov_error_get();
+    }
+
+  private:
+    std::string home_ = g_get_home_dir(), config_ = g_get_user_config_dir();
+    TempDir dir_;
+};
+
+} // namespace ov::test
