@@ -2,6 +2,7 @@
 
 #include "app/text_sheet_layout.h"
 #include "core/raii.h"
+#include "docs_gui/text_sheet_menu.h"
 #include "lang/event_bus.h"
 #include "widgets/gfx_text.h"
 #include "widgets/langstr_display.h"
@@ -203,16 +204,12 @@ void set_policy(TextSheetEditor *editor, GtkScrollablePolicy &slot, GtkScrollabl
     g_object_notify(G_OBJECT(editor), name);
 }
 
-// The text sheet menu for what was clicked. Until the menu is ready it
-// changes nothing.
+// The text sheet menu for what was clicked, at the pointer.
 gboolean run_text_sheet_menu(TextSheetEditor *editor, ov_text_sheet_segment *segment,
                              ov_text_sheet_block *block, ov_text_sheet_row *row)
 {
-    (void)editor;
-    (void)segment;
-    (void)block;
-    (void)row;
-    return FALSE;
+    return ov_text_sheet_menu_run_for_template(editor->tmpl, editor->report_type, segment, block, row,
+                                               nullptr);
 }
 
 // Runs the menu; on a change the layout is listed anew, the sheet redrawn

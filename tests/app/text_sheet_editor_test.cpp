@@ -519,9 +519,9 @@ TEST_F(TextSheetEditorTest, HighlightedRowHasAGreyBackground)
     EXPECT_EQ(surface.pixel(27, y - 3), 0xffffffu) << y;
 }
 
-// Needs the text sheet menu: the row's menu icon opens it with the row shown
+// The row's menu icon opens it with the row shown
 // highlighted until the menu closes; "Add segments" opens it too.
-TEST_F(TextSheetEditorTest, DISABLED_MenuIconsOpenTheMenuWithTheRowHighlighted)
+TEST_F(TextSheetEditorTest, MenuIconsOpenTheMenuWithTheRowHighlighted)
 {
     TemplatePtr tmpl = make_template("S=Support|B=Canvas|R=Tension|c=Good");
     TestWindow w;
