@@ -140,6 +140,9 @@ gboolean on_delete(GtkWidget *, GdkEvent *, gpointer data)
     gtk_dialog_add_button(GTK_DIALOG(dialog), "Close without saving", RESPONSE_CLOSE_WITHOUT_SAVING);
     gtk_dialog_add_button(GTK_DIALOG(dialog), "_Cancel", GTK_RESPONSE_CANCEL);
     const int response = ov_message_run_and_destroy_dialog(dialog);
+    // The question took the keys' releases; the next press must count.
+    self->close_key_down = FALSE;
+    self->save_key_down = FALSE;
     // The window closes even when the owner's save fails (the owner has
     // shown why), and on any answer but Cancel: dismissing the question
     // closes without saving.

@@ -20,6 +20,7 @@ namespace
 using namespace ov::test;
 
 constexpr GdkModifierType control = GDK_CONTROL_MASK;
+constexpr const char *title = "museum.template - Orvane Template Editor 3.3.0";
 
 class EditorWindowTest : public ::testing::Test
 {
@@ -35,8 +36,9 @@ class EditorWindowTest : public ::testing::Test
     // Opens a window on museum.template and counts its saves.
     void open(gboolean is_new)
     {
-        window_ = ov_component_gui_editor_window_new("Orvane Template Editor", "/some/folder/museum.template",
-                                                     is_new);
+        saves_ = 0;
+        window_ =
+            ov_component_gui_editor_window_new("Orvane Template Editor", "/folder/museum.template", is_new);
         g_object_add_weak_pointer(G_OBJECT(window_), reinterpret_cast<gpointer *>(&window_));
         g_signal_connect_swapped(window_, "save", G_CALLBACK(+[](int *saves) { ++*saves; }), &saves_);
         ov_window_stack_push_window(GTK_WINDOW(window_), OV_WINDOW_STACK_POSITION_CENTER);
@@ -44,37 +46,28 @@ class EditorWindowTest : public ::testing::Test
         show_and_wait(window_);
     }
     OvComponentGuiEditorWindow *window() { return OV_COMPONENT_GUI_EDITOR_WINDOW(window_); }
-    std::string title() { return gtk_window_get_title(GTK_WINDOW(window_)); }
 
     GtkWidget *window_ = nullptr;
     int saves_ = 0;
 };
 
-TEST_F(EditorWindowTest, SaveKeyHeldDownSavesOnceUntilReleased)
+TEST_F(EditorWindowTest, HeldSaveKeySavesOnceAndTheTitleShowsTheFlag)
 {
     open(FALSE);
-    hold_key(window_, GDK_KEY_s, control, 4);
-    EXPECT_EQ(saves_, 1);
-    release_key(window_, GDK_KEY_s, control);
-    hold_key(window_, GDK_KEY_s, control, 2);
-    EXPECT_EQ(saves_, 2);
-    release_key(window_, GDK_KEY_s, control);
-    // Without the primary modifier the key does nothing.
+    EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(window_)), title);
+    for (int expected : {1, 2}) {
+        hold_key(window_, GDK_KEY_s, control, 4);
+        EXPECT_EQ(saves_, expected);
+        release_key(window_, GDK_KEY_s, control);
+    }
+    // Without the primary modifier the keys do nothing.
     press_key(window_, GDK_KEY_s);
     press_key(window_, GDK_KEY_w);
     EXPECT_EQ(saves_, 2);
-    EXPECT_NE(window_, nullptr);
-}
-
-TEST_F(EditorWindowTest, TitleFollowsTheModifiedFlag)
-{
-    open(FALSE);
-    EXPECT_EQ(title(), "museum.template - Orvane Template Editor 3.3.0");
     ov_component_gui_editor_window_notify_file_has_been_modified(window());
-    EXPECT_EQ(title(), "*museum.template - Orvane Template Editor 3.3.0");
-    EXPECT_TRUE(ov_component_gui_editor_window_get_file_has_been_modified(window()));
+    EXPECT_EQ(gtk_window_get_title(GTK_WINDOW(window_)), "*" + std::string(title));
     ov_component_gui_editor_window_set_file_has_been_modified(window(), FALSE);
-    EXPECT_EQ(title(), "museum.template - Orvane Template Editor 3.3.0");
+    EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(window_)), title);
 }
 
 TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
@@ -88,7 +81,6 @@ TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
         activate_menu_item("Save");
     });
     click(file);
-    EXPECT_TRUE(script.done());
     EXPECT_EQ(labels, "Close|Save");
     EXPECT_EQ(saves_, 1);
     script.when_menu([] { activate_menu_item("Close"); });
@@ -96,59 +88,50 @@ TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
     EXPECT_EQ(window_, nullptr);
 }
 
-// How each way of closing a modified (or new) window ends: whether the
-// question came, what the user answered, whether it saved and closed.
+// Each way of closing: whether the question came, what the user answered,
+// whether that saved and whether the window stayed.
 TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindow)
 {
-    enum class Close { button, shortcut_held };
     struct Case {
         const char *name;
-        gboolean is_new;
-        bool modify;
-        Close how;
+        gboolean is_new, modify, held_shortcut;
         const char *answer; // a button, "Escape", or null when no question may come
         int saves;
         bool stays_open;
     };
     const Case cases[] = {
-        {"unmodified", FALSE, false, Close::button, nullptr, 0, false},
-        {"save", FALSE, true, Close::button, "Save", 1, false},
-        {"discard", FALSE, true, Close::button, "Close without saving", 0, false},
-        {"escape", FALSE, true, Close::button, "Escape", 0, false},
-        {"cancel", FALSE, true, Close::button, "_Cancel", 0, true},
-        {"new file", TRUE, false, Close::shortcut_held, "Close without saving", 0, false},
+        {"unmodified", FALSE, FALSE, FALSE, nullptr, 0, false},
+        {"save", FALSE, TRUE, FALSE, "Save", 1, false},
+        {"discard", FALSE, TRUE, FALSE, "Close without saving", 0, false},
+        {"escape", FALSE, TRUE, FALSE, "Escape", 0, false},
+        {"cancel", FALSE, TRUE, FALSE, "_Cancel", 0, true},
+        {"new file, held", TRUE, FALSE, TRUE, "Close without saving", 0, false},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        saves_ = 0;
         open(c.is_new);
         if (c.modify)
             ov_component_gui_editor_window_notify_file_has_been_modified(window());
         int questions = 0;
-        std::string text;
         Script script;
         if (c.answer != nullptr) {
             script.when_window("Save before closing?", [&] {
                 ++questions;
-                text = label_texts(GTK_WIDGET(top_window()));
+                EXPECT_NE(label_texts(GTK_WIDGET(top_window()))
+                              .find("Do you want to save your changes before closing the file?"),
+                          std::string::npos);
                 if (std::string(c.answer) == "Escape")
                     press_key(GTK_WIDGET(top_window()), GDK_KEY_Escape);
                 else
                     click_button(c.answer);
             });
         }
-        if (c.how == Close::button) {
-            close_window(GTK_WINDOW(window_));
-        } else {
+        if (c.held_shortcut)
             hold_key(window_, GDK_KEY_w, control, 3);
-        }
+        else
+            close_window(GTK_WINDOW(window_));
         flush_events();
-        EXPECT_TRUE(script.done());
         EXPECT_EQ(questions, c.answer != nullptr ? 1 : 0);
-        if (c.answer != nullptr) {
-            EXPECT_NE(text.find("Do you want to save your changes before closing the file?"),
-                      std::string::npos);
-        }
         EXPECT_EQ(saves_, c.saves);
         EXPECT_EQ(window_ != nullptr, c.stays_open);
         if (window_ != nullptr)
@@ -156,69 +139,49 @@ TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindo
     }
 }
 
-class MetadataEditorTest : public ::testing::Test
+langstr *english(const char *text)
 {
-  protected:
-    void SetUp() override
-    {
-        editor_ = OV_COMPONENT_GUI_METADATA_EDITOR(
-            g_object_ref_sink(ov_component_gui_create_metadata_editor("Template name")));
-        g_signal_connect_swapped(editor_, "changed", G_CALLBACK(+[](int *changes) { ++*changes; }),
-                                 &changes_);
-    }
-    void TearDown() override
-    {
-        gtk_widget_destroy(GTK_WIDGET(editor_));
-        g_object_unref(editor_);
-        ov_langstr_free(name_);
-        ov_langstr_free(author_);
-        g_free(version_);
-    }
-    static langstr *english(const char *text)
-    {
-        langstr *ls = nullptr;
-        ov_langstr_set_translation(&ls, ov_locale_get_uk_english(), text);
-        return ls;
-    }
-    OvComponentGuiMetadataEditor *editor_ = nullptr;
-    int changes_ = 0;
-    langstr *name_ = english("Old name");
-    langstr *author_ = english("Old author");
-    char *version_ = g_strdup("1.0");
-};
-
-TEST_F(MetadataEditorTest, EmptyNameIsRefusedAndLeavesTheSlots)
-{
-    ov_component_gui_metadata_editor_set_version(editor_, "2.0");
-    ov_error_clear();
-    EXPECT_FALSE(ov_component_gui_metadata_editor_replace_metadata(editor_, &name_, &author_, &version_));
-    EXPECT_STREQ(ov_error_get(), "Template name field must not be empty.");
-    ov_error_clear();
-    EXPECT_STREQ(ov_langstr_get_text(name_, ov_locale_get_uk_english()), "Old name");
-    EXPECT_STREQ(version_, "1.0");
+    langstr *ls = nullptr;
+    ov_langstr_set_translation(&ls, ov_locale_get_uk_english(), text);
+    return ls;
 }
 
-TEST_F(MetadataEditorTest, EmptyAuthorAndVersionBecomeNone)
+TEST(MetadataEditorTest, HandsOverTheFieldsAndRefusesAnEmptyName)
 {
-    langstr *name = english("Painting");
-    ov_component_gui_metadata_editor_set_name(editor_, name);
-    ov_langstr_free(name);
-    ov_component_gui_metadata_editor_set_version(editor_, nullptr);
-    ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor_, &name_, &author_, &version_));
-    EXPECT_STREQ(ov_langstr_get_text(name_, ov_locale_get_uk_english()), "Painting");
-    EXPECT_EQ(author_, nullptr);
-    EXPECT_EQ(version_, nullptr);
-
-    // A typed version is handed over spacified; typing counts as a change.
     GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    gtk_container_add(GTK_CONTAINER(window), GTK_WIDGET(editor_));
+    GtkWidget *box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+    gtk_container_add(GTK_CONTAINER(window), box);
+    gtk_widget_show(box);
+    auto *editor = OV_COMPONENT_GUI_METADATA_EDITOR(
+        ov_component_gui_pack_metadata_editor(GTK_BOX(box), "Template name"));
+    int changes = 0;
+    g_signal_connect_swapped(editor, "changed", G_CALLBACK(+[](int *count) { ++*count; }), &changes);
     show_and_wait(window);
-    GtkWidget *entry = find_widget(GTK_WIDGET(editor_), [](GtkWidget *w) { return GTK_IS_ENTRY(w); });
-    type_text(entry, " 3.1  beta ");
-    EXPECT_GT(changes_, 0);
-    ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor_, &name_, &author_, &version_));
-    EXPECT_STREQ(version_, "3.1 beta");
-    gtk_container_remove(GTK_CONTAINER(window), GTK_WIDGET(editor_));
+    langstr *name = english("Old name"), *author = english("Old author");
+    char *version = g_strdup("1.0");
+
+    ov_error_clear();
+    EXPECT_FALSE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
+    EXPECT_STREQ(ov_error_get(), "Template name field must not be empty.");
+    ov_error_clear();
+    EXPECT_STREQ(ov_langstr_get_text(name, ov_locale_get_uk_english()), "Old name");
+    EXPECT_STREQ(version, "1.0");
+
+    // Empty author and version become none; a typed version is spacified.
+    langstr *painting = english("Painting");
+    ov_component_gui_metadata_editor_set_name(editor, painting);
+    ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
+    EXPECT_TRUE(ov_langstr_is_identical(name, painting));
+    EXPECT_EQ(author, nullptr);
+    EXPECT_EQ(version, nullptr);
+    type_text(find_widget(box, [](GtkWidget *w) { return GTK_IS_ENTRY(w); }), " 3.1  beta ");
+    EXPECT_GT(changes, 0);
+    ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
+    EXPECT_STREQ(version, "3.1 beta");
+
+    ov_langstr_free(painting);
+    ov_langstr_free(name);
+    g_free(version);
     gtk_widget_destroy(window);
 }
 

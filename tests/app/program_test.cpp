@@ -1,7 +1,7 @@
 // The built program started as a child process with its own home and
 // configuration folders, looked at and typed into through the X server as
-// a user would: the first start's assistant, start-up failures, the command
-// line, and two starts at once.
+// a user would: the first start's assistant, a start-up failure, the
+// command line, and two starts at once.
 #include "frame/frame_test_support.h"
 
 #include "core/raii.h"
@@ -21,221 +21,179 @@ namespace
 
 using namespace ov::test;
 
-constexpr guint window_wait_ms = 8000;
+using Strings = std::vector<std::string>;
+constexpr int limit_ms = 8000;
+constexpr const char *museum = "museum.template - Orvane Template Editor 3.3.0";
 
-// Runs xdotool and returns its output (empty on failure).
-std::string xdotool(const std::vector<std::string> &arguments)
+// xdotool's output lines.
+Strings xdotool(Strings arguments)
 {
-    std::vector<const char *> argv{"xdotool"};
+    arguments.insert(arguments.begin(), "xdotool");
+    std::vector<const char *> argv;
     for (const std::string &argument : arguments)
         argv.push_back(argument.c_str());
     argv.push_back(nullptr);
-    char *out = nullptr;
-    int status = 0;
-    if (!g_spawn_sync(nullptr, const_cast<char **>(argv.data()), nullptr, G_SPAWN_SEARCH_PATH, nullptr,
-                      nullptr, &out, nullptr, &status, nullptr))
-        return "";
-    std::string text = out != nullptr ? out : "";
-    g_free(out);
-    return text;
-}
-
-std::vector<std::string> lines(const std::string &text)
-{
-    std::vector<std::string> result;
-    ov::GStrv parts(g_strsplit(text.c_str(), "\n", -1));
+    ov::GStr out;
+    g_spawn_sync(nullptr, const_cast<char **>(argv.data()), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr,
+                 ov::out(out), nullptr, nullptr, nullptr);
+    Strings lines;
+    ov::GStrv parts(g_strsplit(out ? out.get() : "", "\n", -1));
     for (char **part = parts.get(); *part != nullptr; ++part)
         if (**part != '\0')
-            result.emplace_back(*part);
-    return result;
+            lines.emplace_back(*part);
+    return lines;
 }
 
-// One start of the editor; killed at the end of the test if still running.
+// Keys typed into the window, focused first as a click would.
+void keys(const std::string &window, Strings keys)
+{
+    keys.insert(keys.begin(), {"windowfocus", "--sync", window, "key", "--delay", "30"});
+    xdotool(keys);
+}
+
+// One start of the editor, killed at the end of the test if still running.
 class Program
 {
   public:
-    Program(const std::string &home, const std::string &config, const std::vector<std::string> &arguments,
-            const std::string &exe = OV_EDITOR_EXE, const std::string &folder = "")
-        : stderr_path_(home + "/../stderr-" + std::to_string(g_random_int()))
+    Program(const TempDir &dir, const Strings &arguments, const std::string &exe = OV_EDITOR_EXE)
+        : errors_(dir.file("stderr" + std::to_string(g_random_int())))
     {
         std::vector<const char *> argv{exe.c_str()};
         for (const std::string &argument : arguments)
             argv.push_back(argument.c_str());
         argv.push_back(nullptr);
-        ov::GStrv env(g_get_environ());
-        env.reset(g_environ_setenv(env.release(), "HOME", home.c_str(), TRUE));
-        env.reset(g_environ_setenv(env.release(), "XDG_CONFIG_HOME", config.c_str(), TRUE));
-        const int err = open(stderr_path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        started_ = g_spawn_async_with_fds(
-            folder.empty() ? nullptr : folder.c_str(), const_cast<char **>(argv.data()), env.get(),
-            G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &pid_, -1, -1, err, nullptr);
+        ov::GStrv env(g_environ_setenv(g_get_environ(), "HOME", dir.file("home").c_str(), TRUE));
+        env.reset(g_environ_setenv(env.release(), "XDG_CONFIG_HOME", dir.file("config").c_str(), TRUE));
+        const int err = open(errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        EXPECT_TRUE(g_spawn_async_with_fds(nullptr, const_cast<char **>(argv.data()), env.get(),
+                                           G_SPAWN_DO_NOT_REAP_CHILD, nullptr, nullptr, &pid_, -1, -1, err,
+                                           nullptr));
         close(err);
-        EXPECT_TRUE(started_);
     }
     ~Program()
     {
-        if (started_ && status_ < 0) {
+        if (pid_ > 0 && status_ < 0) {
             kill(pid_, SIGKILL);
             waitpid(pid_, nullptr, 0);
         }
-        unlink(stderr_path_.c_str());
     }
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;
 
     GPid pid() const { return pid_; }
-    // This process's shown windows with the title, once there is one.
-    std::vector<std::string> wait_for_window(const std::string &title, guint limit_ms = window_wait_ms)
+    Strings windows(const std::string &title)
     {
-        std::vector<std::string> found;
-        for (guint waited = 0; started_ && waited < limit_ms && status_ < 0; waited += 100) {
-            found = windows(title);
-            if (!found.empty())
-                return found;
+        return xdotool(
+            {"search", "--all", "--onlyvisible", "--pid", std::to_string(pid_), "--name", "^" + title + "$"});
+    }
+    // The one shown window with the title, once it is there ("" if never).
+    std::string wait_for_window(const std::string &title)
+    {
+        for (int waited = 0; waited < limit_ms && wait_for_exit(0) < 0; waited += 100) {
+            if (const Strings found = windows(title); found.size() == 1)
+                return found[0];
             g_usleep(100 * 1000);
-            reap();
         }
-        ADD_FAILURE() << "No window \"" << title << "\" appeared.";
-        return found;
+        ADD_FAILURE() << "No window \"" << title << "\".";
+        return "";
     }
-    std::vector<std::string> windows(const std::string &title)
+    // The exit status, or -1 while the program still runs after the limit.
+    int wait_for_exit(int wait_ms = limit_ms)
     {
-        return lines(xdotool({"search", "--all", "--onlyvisible", "--pid", std::to_string(pid_), "--name",
-                              "^" + title + "$"}));
-    }
-    // Keys typed into the window, focused first as a click would.
-    static void keys(const std::string &window, const std::vector<std::string> &keys)
-    {
-        std::vector<std::string> arguments{"windowfocus", "--sync", window, "key", "--delay", "30"};
-        arguments.insert(arguments.end(), keys.begin(), keys.end());
-        xdotool(arguments);
-    }
-    static void type(const std::string &window, const std::string &text)
-    {
-        xdotool({"windowfocus", "--sync", window, "type", "--delay", "10", text});
-    }
-    // The exit status, or -1 when the program is still running after the
-    // limit.
-    int wait_for_exit(guint limit_ms = window_wait_ms)
-    {
-        for (guint waited = 0; started_ && status_ < 0 && waited < limit_ms; waited += 50) {
-            reap();
-            if (status_ < 0)
+        for (int waited = 0; status_ < 0; waited += 50) {
+            int status = 0;
+            if (waitpid(pid_, &status, WNOHANG) == pid_)
+                status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+            else if (waited >= wait_ms)
+                break;
+            else
                 g_usleep(50 * 1000);
         }
         return status_;
     }
-    std::string error_output() const { return read_file(stderr_path_); }
+    std::string error_output() const { return read_file(errors_); }
 
   private:
-    void reap()
-    {
-        int status = 0;
-        if (status_ < 0 && waitpid(pid_, &status, WNOHANG) == pid_)
-            status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-
-    std::string stderr_path_;
+    std::string errors_;
     GPid pid_ = 0;
-    bool started_ = false;
     int status_ = -1;
 };
 
 class ProgramTest : public ::testing::Test
 {
   protected:
-    ProgramTest() : home_(dir_.file("home")), config_(dir_.file("config")), workspace_(home_ + "/Workspace")
+    ProgramTest()
     {
-        make_folder(home_);
-        write_file(dir_.file("museum.template"),
-                   read_file(OV_SOURCE_DIR "/resources/install/templates/painting.template"));
+        make_folder(dir_.file("home"));
+        write_file(template_, read_file(OV_SOURCE_DIR "/resources/install/templates/painting.template"));
     }
-    // A workspace made ready before the program starts.
+    // A workspace and its pointer file, made before the program starts.
     void make_workspace()
     {
         make_folder(workspace_);
-        make_folder(config_ + "/orvane");
-        write_file(config_ + "/orvane/orvane.xml",
-                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<orvane><workspace path=\"" + workspace_ +
-                       "\"/></orvane>\n");
+        make_folder(dir_.file("config/orvane"));
+        write_file(dir_.file("config/orvane/orvane.xml"),
+                   "<orvane><workspace path=\"" + workspace_ + "\"/></orvane>\n");
     }
-    Program start(const std::vector<std::string> &arguments) { return Program(home_, config_, arguments); }
 
     TempDir dir_;
-    std::string home_, config_, workspace_;
+    const std::string template_ = dir_.file("museum.template"), workspace_ = dir_.file("home/Workspace");
 };
 
-TEST_F(ProgramTest, FirstStartCreatesTheWorkspaceThenOpensTheTemplate)
+// Cancelled, the assistant ends the program with nothing made; driven to its
+// end, it makes the workspace and the template's window opens.
+TEST_F(ProgramTest, FirstStartRunsTheAssistantBeforeTheDocumentWindow)
 {
-    Program program(home_, config_, {dir_.file("museum.template")});
-    std::vector<std::string> assistant = program.wait_for_window("Orvane");
-    ASSERT_EQ(assistant.size(), 1u);
-    Program::keys(assistant[0], {"alt+n"});
+    Program cancelled(dir_, {template_});
+    keys(cancelled.wait_for_window("Orvane"), {"Escape"});
+    EXPECT_EQ(cancelled.wait_for_exit(), 0);
+    EXPECT_FALSE(file_exists(dir_.file("config/orvane/orvane.xml")));
+    EXPECT_FALSE(file_exists(dir_.file("home/Orvane Workspace")));
+
+    Program program(dir_, {template_});
+    const std::string assistant = program.wait_for_window("Orvane");
+    keys(assistant, {"alt+n"});
     g_usleep(300 * 1000);
-    Program::keys(assistant[0], {"ctrl+a"});
-    Program::type(assistant[0], workspace_);
-    Program::keys(assistant[0], {"alt+a"});
+    keys(assistant, {"ctrl+a"});
+    xdotool({"type", "--delay", "10", workspace_});
+    keys(assistant, {"alt+a"});
     g_usleep(300 * 1000);
-    Program::keys(assistant[0], {"alt+c"});
-    std::vector<std::string> document =
-        program.wait_for_window("museum.template - Orvane Template Editor 3.3.0");
-    ASSERT_EQ(document.size(), 1u);
-    EXPECT_TRUE(file_exists(workspace_ + "/templates"));
-    EXPECT_TRUE(file_exists(config_ + "/orvane/orvane.xml"));
-    Program::keys(document[0], {"ctrl+w"});
+    keys(assistant, {"alt+c"});
+    keys(program.wait_for_window(museum), {"ctrl+w"});
     EXPECT_EQ(program.wait_for_exit(), 0);
+    EXPECT_TRUE(file_exists(workspace_ + "/templates/painting.template"));
+    EXPECT_NE(read_file(dir_.file("config/orvane/orvane.xml")).find(workspace_), std::string::npos);
 }
 
-TEST_F(ProgramTest, CancellingTheAssistantEndsTheProgramWithoutAWorkspace)
-{
-    Program program(home_, config_, {dir_.file("museum.template")});
-    std::vector<std::string> assistant = program.wait_for_window("Orvane");
-    ASSERT_EQ(assistant.size(), 1u);
-    Program::keys(assistant[0], {"Escape"});
-    EXPECT_EQ(program.wait_for_exit(), 0);
-    EXPECT_FALSE(file_exists(config_ + "/orvane/orvane.xml"));
-    EXPECT_FALSE(file_exists(home_ + "/Orvane Workspace"));
-}
-
-// Every start is a process of its own; options reach the program as a path.
+// Every start is a process of its own; an option reaches the program as a
+// path (here of a new, hence modified, template in the current folder).
 TEST_F(ProgramTest, TwoStartsAreTwoProcessesAndOptionsAreTemplatePaths)
 {
     make_workspace();
-    Program first(home_, config_, {dir_.file("museum.template"), "ignored"});
-    Program second(home_, config_, {"--help"}, OV_EDITOR_EXE, dir_.path());
-    ASSERT_EQ(first.wait_for_window("museum.template - Orvane Template Editor 3.3.0").size(), 1u);
-    // A path that does not exist yet is a new, modified template.
-    std::vector<std::string> help = second.wait_for_window("\\*--help - Orvane Template Editor 3.3.0");
-    ASSERT_EQ(help.size(), 1u);
-    EXPECT_NE(first.pid(), second.pid());
-    Program::keys(help[0], {"ctrl+w"});
-    std::vector<std::string> question = second.wait_for_window("Save before closing\\?");
-    ASSERT_EQ(question.size(), 1u);
-    Program::keys(question[0], {"Escape"});
+    Program first(dir_, {template_, "ignored"});
+    Program second(dir_, {"--help"});
+    EXPECT_NE(first.wait_for_window(museum), "");
+    keys(second.wait_for_window("\\*--help - Orvane Template Editor 3.3.0"), {"ctrl+w"});
+    keys(second.wait_for_window("Save before closing\\?"), {"Escape"});
     EXPECT_EQ(second.wait_for_exit(), 0);
-    EXPECT_FALSE(file_exists(dir_.file("--help")));
-    // The first is still there, untouched by the second's end.
-    EXPECT_EQ(first.windows("museum.template - Orvane Template Editor 3.3.0").size(), 1u);
+    EXPECT_FALSE(file_exists("--help"));
+    EXPECT_NE(first.pid(), second.pid());
+    EXPECT_EQ(first.windows(museum).size(), 1u);
 }
 
 // A program folder without the view font: one message, then the end.
 TEST_F(ProgramTest, MissingFontGivesOneMessageAndNoWindow)
 {
     make_workspace();
-    const std::string folder = dir_.file("bare");
-    make_folder(folder);
-    const std::string exe = folder + "/orvane-template-editor";
+    const std::string exe = dir_.file("orvane-template-editor");
     write_file(exe, read_file(OV_EDITOR_EXE));
     chmod(exe.c_str(), 0700);
-    Program program(home_, config_, {dir_.file("museum.template")}, exe);
-    std::vector<std::string> errors = program.wait_for_window("Error");
-    ASSERT_EQ(errors.size(), 1u);
-    const std::string output = program.error_output();
-    EXPECT_NE(output.find("Couldn't open required fonts."), std::string::npos) << output;
-    EXPECT_NE(output.find("Startup failed."), std::string::npos) << output;
-    Program::keys(errors[0], {"Escape"});
+    Program program(dir_, {template_}, exe);
+    keys(program.wait_for_window("Error"), {"Escape"});
     EXPECT_EQ(program.wait_for_exit(), 0);
-    EXPECT_EQ(program.windows(".*").size(), 0u);
+    const std::string output = program.error_output();
+    EXPECT_NE(output.find("Startup failed.\n\nCouldn't open required fonts."), std::string::npos) << output;
+    EXPECT_TRUE(program.windows(".*").empty());
 }
 
 } // namespace
