@@ -5,6 +5,7 @@
 
 #include "core/error.h"
 #include "core/raii.h"
+#include "frame/exe_launcher.h"
 #include "frame/resources.h"
 #include "frame/startup.h"
 
@@ -139,6 +140,23 @@ TEST(StartupTest, CleansUpOnlyStaleTemporaryFiles)
 
     EXPECT_FALSE(ov_startup_clean_up_temp_files_in(dir.file("absent").c_str()));
     EXPECT_TRUE(has_top_sentence("Couldn't open temp files folder."));
+    ov_error_clear();
+}
+
+// Sibling tools are executables beside ours; a missing one is reported
+// before anything is started.
+TEST(StartupTest, SiblingToolsAreExecutablesBesideOurs)
+{
+    for (const auto &[tool, exe] :
+         {std::pair{"Orvane Editor", "orvane-editor"},
+          std::pair{"Orvane Remark Codeset Editor", "orvane-remark-codeset-editor"}}) {
+        ov::GStr name(ov_exe_get_executable_name(tool));
+        EXPECT_STREQ(name.get(), exe);
+    }
+    ov_error_clear();
+    EXPECT_FALSE(ov_exe_launch_layout_editor("/some/file.layout"));
+    EXPECT_TRUE(has_top_sentence("Couldn't find the program: ")) << ov_error_get();
+    EXPECT_NE(std::string(ov_error_get()).find("/orvane-layout-editor"), std::string::npos);
     ov_error_clear();
 }
 
