@@ -3,6 +3,8 @@
 #include "core/error.h"
 #include "core/fs_utils.h"
 #include "core/raii.h"
+#include "core/stream.h"
+#include "core/strings.h"
 #include "frame/file_dialog.h"
 #include "frame/message.h"
 #include "frame/window_stack.h"
@@ -10,6 +12,8 @@
 #include "gui/gui.h"
 
 #include <gtk/gtk.h>
+
+#include <cstring>
 
 namespace
 {
@@ -169,4 +173,38 @@ gboolean ov_workspace_gui_create_workspace()
     ov_window_stack_run_window(GTK_WINDOW(widget), OV_WINDOW_STACK_POSITION_CENTER, nullptr, nullptr,
                                nullptr);
     return self.created;
+}
+
+gboolean ov_workspace_gui_add_file(const char *path)
+{
+    g_return_val_if_fail(path != nullptr, FALSE);
+    const char *name = ov_fs_utils_find_entry_name_in_path(path);
+    const char *extension =
+        ov_file_type_get_default_file_name_extension_with_period(OV_FILE_TYPE_OBJECT_FILE);
+    const size_t name_length = strlen(name), extension_length = strlen(extension);
+    OvFileInfo info;
+    ov::GStr object_id;
+    if (name_length > extension_length && ov_utf8_has_suffix_case_insensitive_ascii(name, extension) &&
+        ov_fs_utils_get_info(path, &info) && info.is_regular_file)
+        object_id.reset(
+            ov_convert_fat_safe_file_name_format_to_object_id(name, name_length - extension_length));
+    ov_error_clear();
+    if (!object_id) {
+        ov_message_show_error_utf8_printf("Couldn't read the file:\n\n%s", path);
+        return FALSE;
+    }
+    const ov::GStr shown_id = ov::gstr(ov_convert_latin1_to_utf8(object_id.get()));
+    if (ov_workspace_get_object_file_status(object_id.get())) {
+        ov_message_show_error_utf8_printf("You already have an object file for %s in your workspace.",
+                                          shown_id.get());
+        return FALSE;
+    }
+    const ov::GStr target = ov::gstr(ov_workspace_create_object_file_path(object_id.get()));
+    if (!target || !ov_stream_copy_from_file_path_to_file_path(path, target.get())) {
+        ov_error_clear();
+        ov_message_show_error_utf8_printf("An error occured when copying the file for %s to your workspace.",
+                                          shown_id.get());
+        return FALSE;
+    }
+    return TRUE;
 }

@@ -127,4 +127,28 @@ TEST_F(WorkspaceGuiTest, SessionWarnsOfUnreadableSettingsAndGoesOn)
     EXPECT_EQ(ov_workspace_get_workspace_folder_path(), nullptr);
 }
 
+// Object files from elsewhere are copied in once, under their object id.
+TEST_F(WorkspaceGuiTest, AddsAnObjectFileOnlyOnce)
+{
+    make_folder(home_.home() + "/Orvane Workspace");
+    ASSERT_TRUE(ov_workspace_open());
+    write_file(home_.file("A 12.orvane"), "object");
+    write_file(home_.file("notes.txt"), "text");
+    std::string messages;
+    Script script;
+    for (int i = 0; i < 2; ++i)
+        script.when_window("Error", [&] {
+            messages += label_texts(GTK_WIDGET(top_window()));
+            click_button("_Close");
+        });
+    EXPECT_FALSE(ov_workspace_gui_add_file(home_.file("notes.txt").c_str()));
+    EXPECT_TRUE(ov_workspace_gui_add_file(home_.file("A 12.orvane").c_str()));
+    EXPECT_FALSE(ov_workspace_gui_add_file(home_.file("A 12.orvane").c_str()));
+    EXPECT_TRUE(ov_workspace_get_object_file_status("A 12"));
+    EXPECT_NE(messages.find("Couldn't read the file:\n\n" + home_.file("notes.txt")), std::string::npos);
+    EXPECT_NE(messages.find("You already have an object file for A 12 in your workspace."),
+              std::string::npos);
+    ov_workspace_close();
+}
+
 } // namespace
