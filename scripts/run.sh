@@ -1,8 +1,13 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and opens the editor on the bundled example.
-# Arguments go to the program, which runs in the caller's folder so that
-# relative paths mean what the caller meant.
+# Installs what is missing, builds, and starts the editor from the caller's
+# folder with the caller's arguments; without any, on the bundled example
+# template that the build copies beside the program.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
-(cd "$top" && bash scripts/install-deps.sh && bash scripts/build.sh build)
-exec "$top/build/app/orvane-template-editor" "$@"
+# The build runs in a subshell so that relative paths keep their meaning.
+(bash "$top/scripts/install-deps.sh" && bash "$top/scripts/build.sh" build)
+program="$top/build/app/orvane-template-editor"
+if [ $# -eq 0 ]; then
+  set -- "$top/build/app/templates/painting.template"
+fi
+exec "$program" "$@"

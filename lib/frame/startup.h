@@ -51,7 +51,8 @@ gboolean ov_startup_prepare();
 // TRUE once ov_startup_prepare has succeeded.
 gboolean ov_startup_is_successful();
 // The "shutdown" handler's work: releases everything ov_startup_prepare made
-// (and tolerates what it never made). The record may be null.
+// (and tolerates what it never made), ending with libxml2's global clean-up,
+// so it belongs at the end of the process. The record may be null.
 void ov_startup_release(const OvApplicationConfiguration *configuration);
 
 // The resources step alone: opens the archive and loads the three icons.

@@ -25,6 +25,8 @@ void on_activate(GApplication *application, gpointer data)
     auto *config = static_cast<OvApplicationConfiguration *>(data);
     if (!ov_startup_is_successful()) {
         ov_error_append("Startup failed.");
+        // Also for whoever started the program from a terminal or a script.
+        g_printerr("%s\n", ov_error_get());
         ov_message_show_error(ov_error_get());
         ov_error_clear();
         return;

@@ -4,6 +4,8 @@
 #include "support/test_support.h"
 
 #include "core/error.h"
+#include "core/raii.h"
+#include "frame/exe_launcher.h"
 #include "frame/resources.h"
 #include "frame/startup.h"
 
@@ -29,10 +31,7 @@ bool has_top_sentence(const char *sentence)
 TEST(StartupTest, PreparesIconsAndFontAndReleasesThemAgain)
 {
     EXPECT_EQ(ov::test::run_in_child([] {
-                  bool ok = ov_startup_prepare() && ov_startup_is_successful();
-                  // A second call changes nothing.
-                  OvImage *off = ov_get_checkbox_icon_image(FALSE);
-                  ok = ok && ov_startup_prepare() && off == ov_get_checkbox_icon_image(FALSE);
+                  bool ok = ov_startup_prepare() && ov_startup_prepare() && ov_startup_is_successful();
                   struct Expected {
                       OvImage *image;
                       int width, height;
@@ -43,19 +42,17 @@ TEST(StartupTest, PreparesIconsAndFontAndReleasesThemAgain)
                       ok = ok && e.image != nullptr && ov_image_get_width(e.image) == e.width &&
                            ov_image_get_height(e.image) == e.height;
                   ok = ok && ov_get_checkbox_icon_image(TRUE) != ov_get_checkbox_icon_image(FALSE);
+
+                  // Text drawn with the face leaves cairo holding it past
+                  // shutdown, which must still free it without a crash.
                   cairo_font_face_t *face = ov_get_view_font_face();
                   ok = ok && face != nullptr && cairo_font_face_get_type(face) == CAIRO_FONT_TYPE_FT;
-
-                  // Text drawn with the face before shutdown leaves cairo
-                  // holding it; shutdown must still not crash or leak.
-                  cairo_surface_t *surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 40, 20);
-                  cairo_t *cr = cairo_create(surface);
-                  cairo_set_font_face(cr, face);
-                  cairo_set_font_size(cr, 12);
-                  cairo_move_to(cr, 0, 15);
-                  cairo_show_text(cr, "Abc");
-                  cairo_destroy(cr);
-                  cairo_surface_destroy(surface);
+                  ov::CairoSurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 40, 20));
+                  ov::CairoPtr cr(cairo_create(surface.get()));
+                  cairo_set_font_face(cr.get(), face);
+                  cairo_move_to(cr.get(), 0, 15);
+                  cairo_show_text(cr.get(), "Abc");
+                  cr.reset();
 
                   const OvApplicationConfiguration configuration{"org.example.Test", nullptr, nullptr,
                                                                  [] { ++text_drawing_clean_ups; }};
@@ -143,6 +140,23 @@ TEST(StartupTest, CleansUpOnlyStaleTemporaryFiles)
 
     EXPECT_FALSE(ov_startup_clean_up_temp_files_in(dir.file("absent").c_str()));
     EXPECT_TRUE(has_top_sentence("Couldn't open temp files folder."));
+    ov_error_clear();
+}
+
+// Sibling tools are executables beside ours; a missing one is reported
+// before anything is started.
+TEST(StartupTest, SiblingToolsAreExecutablesBesideOurs)
+{
+    for (const auto &[tool, exe] :
+         {std::pair{"Orvane Editor", "orvane-editor"},
+          std::pair{"Orvane Remark Codeset Editor", "orvane-remark-codeset-editor"}}) {
+        ov::GStr name(ov_exe_get_executable_name(tool));
+        EXPECT_STREQ(name.get(), exe);
+    }
+    ov_error_clear();
+    EXPECT_FALSE(ov_exe_launch_layout_editor("/some/file.layout"));
+    EXPECT_TRUE(has_top_sentence("Couldn't find the program: ")) << ov_error_get();
+    EXPECT_NE(std::string(ov_error_get()).find("/orvane-layout-editor"), std::string::npos);
     ov_error_clear();
 }
 

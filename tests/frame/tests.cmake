@@ -10,3 +10,6 @@ list(APPEND OV_GUI_TEST_SOURCES
 list(APPEND OV_UNIT_TEST_SOURCES
   frame/startup_test.cpp
 )
+list(APPEND OV_GUI_TEST_SOURCES
+  frame/workspace_gui_test.cpp
+)

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 
 namespace ov::test
 {
@@ -108,14 +109,16 @@ std::vector<GtkWidget *> menu_items(GtkMenu *menu)
 
 // A press and its release sent to window from the pointer, or from the
 // keyboard for keys; fill sets the rest of what the events carry.
-void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
-               const std::function<void(GdkEvent *)> &fill)
+void send_events(GdkWindow *window, std::initializer_list<GdkEventType> types,
+                 const std::function<void(GdkEvent *)> &fill)
 {
     GdkSeat *seat = gdk_display_get_default_seat(gdk_window_get_display(window));
-    GdkDevice *device = press == GDK_KEY_PRESS ? gdk_seat_get_keyboard(seat) : gdk_seat_get_pointer(seat);
-    // The press may close the window (a double click that accepts a list).
+    const GdkEventType first = *types.begin();
+    const bool keys = first == GDK_KEY_PRESS || first == GDK_KEY_RELEASE;
+    GdkDevice *device = keys ? gdk_seat_get_keyboard(seat) : gdk_seat_get_pointer(seat);
+    // A press may close the window (a double click that accepts a list).
     auto keep = ov::ObjectRef<GdkWindow>::ref(window);
-    for (GdkEventType type : {press, release}) {
+    for (GdkEventType type : types) {
         GdkEvent *event = gdk_event_new(type);
         event->any.window = GDK_WINDOW(g_object_ref(window));
         event->any.send_event = TRUE;
@@ -128,19 +131,44 @@ void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
     }
 }
 
-void send_key(GdkWindow *window, guint keyval, GdkModifierType modifiers = GdkModifierType(0))
+void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
+               const std::function<void(GdkEvent *)> &fill)
+{
+    send_events(window, {press, release}, fill);
+}
+
+void send_key_events(GdkWindow *window, std::initializer_list<GdkEventType> types, guint keyval,
+                     GdkModifierType modifiers)
 {
     GdkKeymapKey *keys = nullptr;
     int count = 0;
     gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_window_get_display(window)), keyval,
                                       &keys, &count);
-    send_pair(window, GDK_KEY_PRESS, GDK_KEY_RELEASE, [&](GdkEvent *event) {
+    send_events(window, types, [&](GdkEvent *event) {
         event->key.state = modifiers;
         event->key.keyval = keyval;
         event->key.hardware_keycode = count > 0 ? keys[0].keycode : 0;
         event->key.group = count > 0 ? keys[0].group : 0;
     });
     g_free(keys);
+}
+
+void send_key(GdkWindow *window, guint keyval, GdkModifierType modifiers = GdkModifierType(0))
+{
+    send_key_events(window, {GDK_KEY_PRESS, GDK_KEY_RELEASE}, keyval, modifiers);
+}
+
+// The realised top-level window of a widget, focused on the widget.
+GdkWindow *focus_for_keys(GtkWidget *widget)
+{
+    GtkWidget *toplevel = gtk_widget_get_toplevel(widget);
+    // Grabbing the focus again would select an entry's whole text.
+    if (widget != toplevel && !gtk_widget_is_focus(widget))
+        gtk_widget_grab_focus(widget);
+    GdkWindow *window = gtk_widget_get_window(toplevel);
+    if (window == nullptr)
+        ADD_FAILURE() << "The widget to type into is not realised.";
+    return window;
 }
 
 // The deepest visible child window of parent that holds the point (given
@@ -470,16 +498,29 @@ void click_button(const char *label)
 
 void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers)
 {
+    if (GdkWindow *window = focus_for_keys(widget); window != nullptr)
+        send_key(window, keyval, modifiers);
+    flush_events();
+}
+
+void hold_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers, int presses)
+{
+    // A window that closes under the held key gets no more of it.
     GtkWidget *toplevel = gtk_widget_get_toplevel(widget);
-    // Grabbing the focus again would select an entry's whole text.
-    if (widget != toplevel && !gtk_widget_is_focus(widget))
-        gtk_widget_grab_focus(widget);
-    GdkWindow *window = gtk_widget_get_window(toplevel);
-    if (window == nullptr) {
-        ADD_FAILURE() << "The widget to type into is not realised.";
-        return;
+    g_object_add_weak_pointer(G_OBJECT(toplevel), reinterpret_cast<gpointer *>(&toplevel));
+    for (int i = 0; i < presses && toplevel != nullptr && gtk_widget_get_realized(toplevel); ++i) {
+        if (GdkWindow *window = focus_for_keys(widget); window != nullptr)
+            send_key_events(window, {GDK_KEY_PRESS}, keyval, modifiers);
     }
-    send_key(window, keyval, modifiers);
+    if (toplevel != nullptr)
+        g_object_remove_weak_pointer(G_OBJECT(toplevel), reinterpret_cast<gpointer *>(&toplevel));
+    flush_events();
+}
+
+void release_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers)
+{
+    if (GdkWindow *window = focus_for_keys(widget); window != nullptr)
+        send_key_events(window, {GDK_KEY_RELEASE}, keyval, modifiers);
     flush_events();
 }
 

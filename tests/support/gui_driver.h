@@ -67,6 +67,10 @@ std::string list_rows(GtkWidget *root);
 void click_list_row(GtkWidget *root, const char *text, bool twice = false);
 // A key press and release sent to the widget's window, focused on widget.
 void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers = GdkModifierType(0));
+// Presses without a release, as a key held down repeats them; release_key
+// lets it go.
+void hold_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers, int presses);
+void release_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers = GdkModifierType(0));
 void type_text(GtkWidget *widget, const char *text);  // key by key
 void paste_text(GtkWidget *widget, const char *text); // through the clipboard
 void close_window(GtkWindow *window);                 // the window's close button

@@ -1,0 +1,188 @@
+// The component editor window and the metadata editor: saving and closing
+// from the keyboard, the menu and the close button, the "Save before
+// closing?" answers, the title, and the metadata's hand-over.
+#include "support/gui_driver.h"
+#include "support/test_support.h"
+
+#include "app/component_gui_editor_window.h"
+#include "app/component_gui_metadata_editor.h"
+#include "core/error.h"
+#include "frame/window_stack.h"
+#include "lang/locale.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+
+using namespace ov::test;
+
+constexpr GdkModifierType control = GDK_CONTROL_MASK;
+constexpr const char *title = "museum.template - Orvane Template Editor 3.3.0";
+
+class EditorWindowTest : public ::testing::Test
+{
+  protected:
+    void SetUp() override { ov_window_stack_init(); }
+    void TearDown() override
+    {
+        if (window_ != nullptr)
+            gtk_widget_destroy(window_);
+        ov_window_stack_clean_up();
+        flush_events();
+    }
+    // Opens a window on museum.template and counts its saves.
+    void open(gboolean is_new)
+    {
+        saves_ = 0;
+        window_ =
+            ov_component_gui_editor_window_new("Orvane Template Editor", "/folder/museum.template", is_new);
+        g_object_add_weak_pointer(G_OBJECT(window_), reinterpret_cast<gpointer *>(&window_));
+        g_signal_connect_swapped(window_, "save", G_CALLBACK(+[](int *saves) { ++*saves; }), &saves_);
+        ov_window_stack_push_window(GTK_WINDOW(window_), OV_WINDOW_STACK_POSITION_CENTER);
+        g_signal_connect(window_, "destroy", G_CALLBACK(ov_window_stack_pop_window), nullptr);
+        show_and_wait(window_);
+    }
+    OvComponentGuiEditorWindow *window() { return OV_COMPONENT_GUI_EDITOR_WINDOW(window_); }
+
+    GtkWidget *window_ = nullptr;
+    int saves_ = 0;
+};
+
+TEST_F(EditorWindowTest, HeldSaveKeySavesOnceAndTheTitleShowsTheFlag)
+{
+    open(FALSE);
+    EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(window_)), title);
+    for (int expected : {1, 2}) {
+        hold_key(window_, GDK_KEY_s, control, 4);
+        EXPECT_EQ(saves_, expected);
+        release_key(window_, GDK_KEY_s, control);
+    }
+    // Without the primary modifier the keys do nothing.
+    press_key(window_, GDK_KEY_s);
+    press_key(window_, GDK_KEY_w);
+    EXPECT_EQ(saves_, 2);
+    ov_component_gui_editor_window_notify_file_has_been_modified(window());
+    EXPECT_EQ(gtk_window_get_title(GTK_WINDOW(window_)), "*" + std::string(title));
+    ov_component_gui_editor_window_set_file_has_been_modified(window(), FALSE);
+    EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(window_)), title);
+}
+
+TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
+{
+    open(FALSE);
+    GtkWidget *file = find_button(window_, "File");
+    std::string labels;
+    Script script;
+    script.when_menu([&] {
+        labels = menu_labels(open_menu());
+        activate_menu_item("Save");
+    });
+    click(file);
+    EXPECT_EQ(labels, "Close|Save");
+    EXPECT_EQ(saves_, 1);
+    script.when_menu([] { activate_menu_item("Close"); });
+    click(file);
+    EXPECT_EQ(window_, nullptr);
+}
+
+// Each way of closing: whether the question came, what the user answered,
+// whether that saved and whether the window stayed.
+TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindow)
+{
+    struct Case {
+        const char *name;
+        gboolean is_new, modify, held_shortcut;
+        const char *answer; // a button, "Escape", or null when no question may come
+        int saves;
+        bool stays_open;
+    };
+    const Case cases[] = {
+        {"unmodified", FALSE, FALSE, FALSE, nullptr, 0, false},
+        {"save", FALSE, TRUE, FALSE, "Save", 1, false},
+        {"discard", FALSE, TRUE, FALSE, "Close without saving", 0, false},
+        {"escape", FALSE, TRUE, FALSE, "Escape", 0, false},
+        {"cancel", FALSE, TRUE, FALSE, "_Cancel", 0, true},
+        {"new file, held", TRUE, FALSE, TRUE, "Close without saving", 0, false},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        open(c.is_new);
+        if (c.modify)
+            ov_component_gui_editor_window_notify_file_has_been_modified(window());
+        int questions = 0;
+        Script script;
+        if (c.answer != nullptr) {
+            script.when_window("Save before closing?", [&] {
+                ++questions;
+                EXPECT_NE(label_texts(GTK_WIDGET(top_window()))
+                              .find("Do you want to save your changes before closing the file?"),
+                          std::string::npos);
+                if (std::string(c.answer) == "Escape")
+                    press_key(GTK_WIDGET(top_window()), GDK_KEY_Escape);
+                else
+                    click_button(c.answer);
+            });
+        }
+        if (c.held_shortcut)
+            hold_key(window_, GDK_KEY_w, control, 3);
+        else
+            close_window(GTK_WINDOW(window_));
+        flush_events();
+        EXPECT_EQ(questions, c.answer != nullptr ? 1 : 0);
+        EXPECT_EQ(saves_, c.saves);
+        EXPECT_EQ(window_ != nullptr, c.stays_open);
+        if (window_ != nullptr)
+            gtk_widget_destroy(window_);
+    }
+}
+
+langstr *english(const char *text)
+{
+    langstr *ls = nullptr;
+    ov_langstr_set_translation(&ls, ov_locale_get_uk_english(), text);
+    return ls;
+}
+
+TEST(MetadataEditorTest, HandsOverTheFieldsAndRefusesAnEmptyName)
+{
+    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    GtkWidget *box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+    gtk_container_add(GTK_CONTAINER(window), box);
+    gtk_widget_show(box);
+    auto *editor = OV_COMPONENT_GUI_METADATA_EDITOR(
+        ov_component_gui_pack_metadata_editor(GTK_BOX(box), "Template name"));
+    int changes = 0;
+    g_signal_connect_swapped(editor, "changed", G_CALLBACK(+[](int *count) { ++*count; }), &changes);
+    show_and_wait(window);
+    langstr *name = english("Old name"), *author = english("Old author");
+    char *version = g_strdup("1.0");
+
+    ov_error_clear();
+    EXPECT_FALSE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
+    EXPECT_STREQ(ov_error_get(), "Template name field must not be empty.");
+    ov_error_clear();
+    EXPECT_STREQ(ov_langstr_get_text(name, ov_locale_get_uk_english()), "Old name");
+    EXPECT_STREQ(version, "1.0");
+
+    // Empty author and version become none; a typed version is spacified.
+    langstr *painting = english("Painting");
+    ov_component_gui_metadata_editor_set_name(editor, painting);
+    ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
+    EXPECT_TRUE(ov_langstr_is_identical(name, painting));
+    EXPECT_EQ(author, nullptr);
+    EXPECT_EQ(version, nullptr);
+    type_text(find_widget(box, [](GtkWidget *w) { return GTK_IS_ENTRY(w); }), " 3.1  beta ");
+    EXPECT_GT(changes, 0);
+    ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
+    EXPECT_STREQ(version, "3.1 beta");
+
+    ov_langstr_free(painting);
+    ov_langstr_free(name);
+    g_free(version);
+    gtk_widget_destroy(window);
+}
+
+} // namespace
