@@ -26,11 +26,12 @@ deb=$(find "$out" -maxdepth 1 -name "${package}_*.deb")
 [ -n "$deb" ] || { echo "check-deb: cpack made no package" >&2; exit 1; }
 echo "check-deb: built $(basename "$deb")"
 
+passed=0
 failures=0
 check() { # check DESCRIPTION COMMAND...
   local what=$1
   shift
-  if "$@"; then echo "ok: $what"; else echo "FAILED: $what" >&2; failures=$((failures + 1)); fi
+  if "$@"; then echo "ok: $what"; passed=$((passed + 1)); else echo "FAILED: $what" >&2; failures=$((failures + 1)); fi
 }
 has() { # has TEXT PATTERN: the text has a line matching the extended regex
   grep -qE -- "$2" <<<"$1" || { echo "  no line matches $2" >&2; false; }
@@ -65,8 +66,5 @@ installed=
 check "removal leaves no installation folder" test ! -e "$folder"
 check "removal takes the MIME type away" equals "$(xdg-mime query filetype "$top/resources/install/templates/painting.template")" application/xml
 
-if [ "$failures" -gt 0 ]; then
-  echo "check-deb: $failures check(s) failed" >&2
-  exit 1
-fi
-echo "check-deb: all checks passed"
+echo "check-deb: $passed passed, $failures failed"
+[ "$failures" -eq 0 ]

@@ -16,11 +16,12 @@ prefix=$(mktemp -d /tmp/orvane-install.XXXXXX)
 trap 'rm -rf "$prefix"' EXIT
 cmake --install "$build" --prefix "$prefix" >/dev/null
 
+passed=0
 failures=0
 check() { # check DESCRIPTION COMMAND...
   local what=$1
   shift
-  if "$@"; then echo "ok: $what"; else echo "FAILED: $what" >&2; failures=$((failures + 1)); fi
+  if "$@"; then echo "ok: $what"; passed=$((passed + 1)); else echo "FAILED: $what" >&2; failures=$((failures + 1)); fi
 }
 is_file() { [ -f "$1" ] && [ ! -L "$1" ]; }
 links_to() { [ -L "$1" ] && [ -e "$1" ] && [ "$(readlink -f "$1")" = "$(readlink -f "$2")" ]; }
@@ -75,8 +76,5 @@ check "installed program opens its window" \
 hits=$(grep -rlF -e "$top" -e "$build" "$prefix" || true)
 check "nothing refers to the source or build folder" equals "$hits" ""
 
-if [ "$failures" -gt 0 ]; then
-  echo "check-install: $failures check(s) failed" >&2
-  exit 1
-fi
-echo "check-install: all checks passed"
+echo "check-install: $passed passed, $failures failed"
+[ "$failures" -eq 0 ]
