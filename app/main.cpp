@@ -1,13 +1,16 @@
-// Entry point of the template editor. The editing window arrives with the
-// application frame; until then the program only reports what it is.
-#include "app/app_version.h"
+// Entry point of the template editor and its application configuration.
+#include "app/template_editor_run.h"
+#include "frame/startup.h"
 
-#include <cstdio>
+void ov_init_application_configuration(OvApplicationConfiguration *configuration)
+{
+    configuration->application_id = "org.orvane.TemplateEditor";
+    configuration->run = ov_template_editor_run;
+    configuration->reactivate = nullptr;
+    configuration->clean_up_text_drawing = nullptr;
+}
 
 int main(int argc, char **argv)
 {
-    (void)argc;
-    (void)argv;
-    std::printf("%s %s: the editing window is not built yet.\n", ov_app_name, ov_app_version);
-    return 0;
+    return ov_main(argc, argv);
 }

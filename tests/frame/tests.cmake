@@ -7,3 +7,6 @@ list(APPEND OV_GUI_TEST_SOURCES
   frame/message_test.cpp
   frame/file_dialog_test.cpp
 )
+list(APPEND OV_UNIT_TEST_SOURCES
+  frame/startup_test.cpp
+)

@@ -1,0 +1,255 @@
+#include "app/component_gui_editor_window.h"
+
+#include "core/fs_utils.h"
+#include "core/raii.h"
+#include "frame/message.h"
+#include "gui/gui.h"
+#include "gui/menu.h"
+#include "widgets/active_locale_picker.h"
+
+struct _OvComponentGuiEditorWindow {
+    GtkWindow parent_instance;
+    const char *program_title;
+    const char *file_path;
+    gboolean file_has_been_modified;
+    GtkWidget *file_menu_button;
+    GtkWidget *contents_container;
+    gulong file_menu_handler;
+    gboolean save_key_down;
+    gboolean close_key_down;
+};
+
+G_DEFINE_TYPE(OvComponentGuiEditorWindow, ov_component_gui_editor_window, GTK_TYPE_WINDOW)
+
+enum { SIGNAL_SAVE, N_SIGNALS };
+static guint signals[N_SIGNALS];
+
+namespace
+{
+
+enum : int { RESPONSE_SAVE = 1, RESPONSE_CLOSE_WITHOUT_SAVING = 2 };
+
+void update_title(OvComponentGuiEditorWindow *self)
+{
+    const char *name =
+        self->file_path != nullptr ? ov_fs_utils_find_entry_name_in_path(self->file_path) : nullptr;
+    const ov::GStr title =
+        ov::gstr(ov_gui_generate_main_window_title(self->program_title, name, self->file_has_been_modified));
+    gtk_window_set_title(GTK_WINDOW(self), title.get());
+}
+
+// Closing takes one path whatever asked for it: the window's own delete
+// event.
+void request_close(OvComponentGuiEditorWindow *self)
+{
+    GdkWindow *gdk_window = gtk_widget_get_window(GTK_WIDGET(self));
+    if (gdk_window == nullptr)
+        return;
+    GdkEvent *event = gdk_event_new(GDK_DELETE);
+    event->any.window = GDK_WINDOW(g_object_ref(gdk_window));
+    event->any.send_event = TRUE;
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+}
+
+void on_file_menu_clicked(GtkButton *button, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    switch (ov_component_gui_file_menu_run(GTK_WIDGET(button))) {
+    case OV_COMPONENT_GUI_FILE_MENU_SAVE:
+        g_signal_emit(self, signals[SIGNAL_SAVE], 0);
+        break;
+    case OV_COMPONENT_GUI_FILE_MENU_CLOSE:
+        request_close(self);
+        break;
+    default:
+        break;
+    }
+}
+
+void on_file_menu_item(GtkMenuItem *item, gpointer data)
+{
+    *static_cast<int *>(data) = GPOINTER_TO_INT(ov_gui_menu_get_item_data(GTK_WIDGET(item)));
+}
+
+// The key's character when it is a single byte in UTF-8, else 0.
+char key_character(const GdkEventKey *event)
+{
+    char text[8] = {};
+    const int length = g_unichar_to_utf8(gdk_keyval_to_unicode(event->keyval), text);
+    return length == 1 ? text[0] : '\0';
+}
+
+gboolean on_key_press(GtkWidget *, GdkEventKey *event, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    const gboolean primary = (event->state & ov_gui_menu_get_primary_accelerator_modifier()) != 0;
+    switch (key_character(event)) {
+    case 'w':
+        // Held down, the key closes once, not once per repeat.
+        if (!self->close_key_down) {
+            self->close_key_down = TRUE;
+            if (primary)
+                request_close(self);
+        }
+        return TRUE;
+    case 's':
+        if (!self->save_key_down) {
+            self->save_key_down = TRUE;
+            if (primary)
+                g_signal_emit(self, signals[SIGNAL_SAVE], 0);
+        }
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+gboolean on_key_release(GtkWidget *, GdkEventKey *event, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    switch (key_character(event)) {
+    case 'w':
+        self->close_key_down = FALSE;
+        return TRUE;
+    case 's':
+        self->save_key_down = FALSE;
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+gboolean on_focus_out(GtkWidget *, GdkEventFocus *, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    self->save_key_down = FALSE;
+    self->close_key_down = FALSE;
+    return FALSE;
+}
+
+// TRUE keeps the window open.
+gboolean on_delete(GtkWidget *, GdkEvent *, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    if (!self->file_has_been_modified)
+        return FALSE;
+    GtkWidget *dialog = ov_message_create_question_dialog(
+        "Save before closing?", "Do you want to save your changes before closing the file?");
+    gtk_dialog_add_button(GTK_DIALOG(dialog), "Save", RESPONSE_SAVE);
+    gtk_dialog_add_button(GTK_DIALOG(dialog), "Close without saving", RESPONSE_CLOSE_WITHOUT_SAVING);
+    gtk_dialog_add_button(GTK_DIALOG(dialog), "_Cancel", GTK_RESPONSE_CANCEL);
+    const int response = ov_message_run_and_destroy_dialog(dialog);
+    // The window closes even when the owner's save fails (the owner has
+    // shown why), and on any answer but Cancel: dismissing the question
+    // closes without saving.
+    if (response == RESPONSE_SAVE)
+        g_signal_emit(self, signals[SIGNAL_SAVE], 0);
+    return response == GTK_RESPONSE_CANCEL;
+}
+
+} // namespace
+
+static void ov_component_gui_editor_window_destroy(GtkWidget *widget)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(widget);
+    if (self->file_menu_button != nullptr)
+        g_clear_signal_handler(&self->file_menu_handler, self->file_menu_button);
+    g_clear_object(&self->file_menu_button);
+    g_clear_object(&self->contents_container);
+    GTK_WIDGET_CLASS(ov_component_gui_editor_window_parent_class)->destroy(widget);
+}
+
+static void ov_component_gui_editor_window_class_init(OvComponentGuiEditorWindowClass *klass)
+{
+    GTK_WIDGET_CLASS(klass)->destroy = ov_component_gui_editor_window_destroy;
+    signals[SIGNAL_SAVE] = g_signal_new("save", G_TYPE_FROM_CLASS(klass), G_SIGNAL_RUN_FIRST, 0, nullptr,
+                                        nullptr, nullptr, G_TYPE_NONE, 0);
+}
+
+static void ov_component_gui_editor_window_init(OvComponentGuiEditorWindow *) {}
+
+GtkWidget *ov_component_gui_editor_window_new(const char *program_title, const char *file_path,
+                                              gboolean is_new)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(
+        g_object_new(OV_TYPE_COMPONENT_GUI_EDITOR_WINDOW, "type", GTK_WINDOW_TOPLEVEL, nullptr));
+    self->program_title = program_title;
+    self->file_path = file_path;
+    self->file_has_been_modified = is_new;
+    update_title(self);
+    ov_gui_set_default_surrounding_margin(GTK_WIDGET(self));
+
+    g_signal_connect(self, "delete-event", G_CALLBACK(on_delete), self);
+    g_signal_connect(self, "focus-out-event", G_CALLBACK(on_focus_out), self);
+    g_signal_connect(self, "key-press-event", G_CALLBACK(on_key_press), self);
+    g_signal_connect(self, "key-release-event", G_CALLBACK(on_key_release), self);
+
+    GtkWidget *vbox = ov_gui_add_vbox(GTK_CONTAINER(self), TRUE);
+    GtkWidget *bar = ov_gui_pack_hbox(GTK_BOX(vbox), FALSE, FALSE);
+    self->file_menu_button = GTK_WIDGET(g_object_ref_sink(ov_gui_pack_menu_button(GTK_BOX(bar), "File")));
+    self->file_menu_handler =
+        g_signal_connect(self->file_menu_button, "clicked", G_CALLBACK(on_file_menu_clicked), self);
+    ov_gui_pack_hbox(GTK_BOX(bar), TRUE, FALSE);
+    ov_gui_pack_label(GTK_BOX(bar), "Language:", 0.0f, 0.5f);
+    GtkWidget *space = ov_gui_pack_hbox(GTK_BOX(bar), FALSE, FALSE);
+    gtk_widget_set_size_request(space, ov_gui_get_default_margin(), -1);
+    // Centred and kept from spreading its parts' expansion into the bar.
+    GtkWidget *picker = ov_active_locale_picker_new();
+    gtk_widget_set_valign(picker, GTK_ALIGN_CENTER);
+    gtk_widget_set_hexpand(picker, FALSE);
+    gtk_widget_set_vexpand(picker, FALSE);
+    ov_gui_pack_widget(GTK_BOX(bar), picker, FALSE);
+
+    self->contents_container = GTK_WIDGET(g_object_ref_sink(ov_gui_pack_frame(GTK_BOX(vbox), TRUE, nullptr)));
+    gtk_frame_set_shadow_type(GTK_FRAME(self->contents_container), GTK_SHADOW_NONE);
+    return GTK_WIDGET(self);
+}
+
+GtkWidget *ov_component_gui_editor_window_get_contents_container(OvComponentGuiEditorWindow *window)
+{
+    g_return_val_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window), nullptr);
+    return window->contents_container;
+}
+
+gboolean ov_component_gui_editor_window_get_file_has_been_modified(OvComponentGuiEditorWindow *window)
+{
+    g_return_val_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window), FALSE);
+    return window->file_has_been_modified;
+}
+
+void ov_component_gui_editor_window_set_file_has_been_modified(OvComponentGuiEditorWindow *window,
+                                                               gboolean modified)
+{
+    g_return_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window));
+    modified = modified ? TRUE : FALSE;
+    if (window->file_has_been_modified == modified)
+        return;
+    window->file_has_been_modified = modified;
+    update_title(window);
+}
+
+void ov_component_gui_editor_window_notify_file_has_been_modified(OvComponentGuiEditorWindow *window)
+{
+    ov_component_gui_editor_window_set_file_has_been_modified(window, TRUE);
+}
+
+int ov_component_gui_file_menu_run(GtkWidget *anchor)
+{
+    int result = OV_COMPONENT_GUI_FILE_MENU_CANCELLED;
+    GtkWidget *menu = gtk_menu_new();
+    const GdkModifierType primary = ov_gui_menu_get_primary_accelerator_modifier();
+    struct Item {
+        const char *label;
+        int number;
+        guint key;
+    };
+    for (const Item &item : {Item{"Close", OV_COMPONENT_GUI_FILE_MENU_CLOSE, GDK_KEY_w},
+                             Item{"Save", OV_COMPONENT_GUI_FILE_MENU_SAVE, GDK_KEY_s}}) {
+        GtkWidget *widget = ov_gui_menu_append_item_with_activate_callback(
+            GTK_MENU_SHELL(menu), item.label, GINT_TO_POINTER(item.number), 0, on_file_menu_item, &result);
+        ov_gui_menu_set_item_label_accel(widget, item.key, primary);
+    }
+    ov_gui_menu_run_and_destroy(GTK_MENU(menu), anchor);
+    return result;
+}
