@@ -1,26 +1,29 @@
 #!/usr/bin/env bash
 # Starts the editor as a user would and waits for its first window:
-#   first-window.sh [--timeout SECONDS] [--shot FILE] COMMAND [ARGUMENT...]
+#   first-window.sh [--timeout SECONDS] [--shot FILE] [--icon] COMMAND [ARGUMENT...]
 # COMMAND is the program itself or a launcher that starts it and ends
 # (gtk-launch). The program runs with a home folder of its own that already
 # holds a workspace, so the first window is the editing window. Passes when a
 # visible window whose title holds "Orvane" appears; fails when the program
 # ends first, shows an error message instead, or the time runs out. With
-# --shot, the window is saved as a PNG. The window is then closed with
+# --shot, the window is saved as a PNG; with --icon, the window must carry an
+# icon (the application's, found in the icon theme). The window is then closed with
 # Control+W; a program that does not end then is terminated.
 # Needs a display: run it under xvfb-run.
 set -euo pipefail
 
 timeout=30
 shot=
+icon=
 while [ $# -gt 0 ]; do
   case $1 in
     --timeout) timeout=$2; shift 2 ;;
     --shot) shot=$2; shift 2 ;;
+    --icon) icon=yes; shift ;;
     *) break ;;
   esac
 done
-[ $# -gt 0 ] || { echo "usage: $0 [--timeout S] [--shot FILE] COMMAND [ARG...]" >&2; exit 2; }
+[ $# -gt 0 ] || { echo "usage: $0 [--timeout S] [--shot FILE] [--icon] COMMAND [ARG...]" >&2; exit 2; }
 [ -n "${DISPLAY:-}" ] || { echo "first-window: no display (run under xvfb-run)" >&2; exit 2; }
 
 home=$(mktemp -d /tmp/orvane-first-window.XXXXXX)
@@ -73,6 +76,12 @@ while :; do
 done
 echo "first-window: \"$(xdotool getwindowname "$window")\" appeared after $(($(date +%s) - started)) s"
 
+status=0
+if [ -n "$icon" ] && ! xprop -id "$window" _NET_WM_ICON | grep -q '^_NET_WM_ICON(CARDINAL)'; then
+  echo "first-window: the window has no icon" >&2
+  status=1
+fi
+
 if [ -n "$shot" ]; then
   sleep 1 # let the first drawing reach the screen
   import -window "$window" "$shot"
@@ -90,3 +99,4 @@ if alive "$owner"; then
   echo "first-window: the window stayed open after Control+W; terminating the program"
   kill -TERM "$owner" 2>/dev/null || true
 fi
+exit "$status"
