@@ -7,8 +7,8 @@
 # visible window whose title holds "Orvane" appears; fails when the program
 # ends first, shows an error message instead, or the time runs out. With
 # --shot, the window is saved as a PNG; with --icon, the window must carry an
-# icon (the application's, found in the icon theme). The window is then closed with
-# Control+W; a program that does not end then is terminated.
+# icon (the application's, found in the icon theme). The window is then
+# closed with Control+W; a program that does not end then is terminated.
 # Needs a display: run it under xvfb-run.
 set -euo pipefail
 
