@@ -1,5 +1,7 @@
 #include "app/template_editor_run.h"
 
+#include "app/app_icon.h"
+
 #include "app/app_version.h"
 #include "app/component_gui_editor_window.h"
 #include "app/component_gui_metadata_editor.h"
@@ -107,6 +109,7 @@ void ov_template_editor_run_editing_window(const char *path)
 
 void ov_template_editor_run(int argc, char **argv)
 {
+    gtk_window_set_default_icon_name(ov_app_icon_name);
     ov_window_stack_init();
     if (ov_user_session_start()) {
         ov::GStr path;
