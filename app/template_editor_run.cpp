@@ -1,7 +1,6 @@
 #include "app/template_editor_run.h"
 
 #include "app/app_icon.h"
-
 #include "app/app_version.h"
 #include "app/component_gui_editor_window.h"
 #include "app/component_gui_metadata_editor.h"
