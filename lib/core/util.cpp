@@ -50,9 +50,12 @@ constexpr IntegerMessages unsigned_messages{
 
 constexpr const char *invalid_double_message = "Invalid floating-point value.";
 
-// Invalid UTF-8 is left for the later checks to refuse.
+// Invalid UTF-8 is left for the later checks to refuse. GLib's Unicode
+// test leaves out the vertical tab that its number parsers skip.
 bool begins_with_whitespace(const char *text)
 {
+    if (*text == '\v')
+        return true;
     gunichar c = g_utf8_get_char_validated(text, -1);
     return c != static_cast<gunichar>(-1) && c != static_cast<gunichar>(-2) && g_unichar_isspace(c);
 }

@@ -56,7 +56,7 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
     } cases[] = {
         {"int64", "=-9223372036854775808", {"-9223372036854775808"}},
         {"int64", "Empty integer value.", {"", nullptr}},
-        {"int64", "Integer value must not begin with whitespace.", {" 12", "\u00a012"}},
+        {"int64", "Integer value must not begin with whitespace.", {" 12", "\u00a012", "\v1"}},
         // Overflow is found before the characters behind the digits.
         {"int64",
          "Integer value out of range (overflow or underflow).",
@@ -75,7 +75,7 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
         {"uint 3..9", "Unsigned integer value out of valid range (too large).", {"10"}},
         {"double", "=12.5", {"+12.5", "1.25e1"}},
         {"double", "Empty value.", {"", nullptr}},
-        {"double", "Value must not begin with whitespace.", {" 1", "\u00a01"}},
+        {"double", "Value must not begin with whitespace.", {" 1", "\u00a01", "\v1", "\v1.5"}},
         {"double", "Floating-point value overflow.", {"-1e999"}},
         {"double", "Floating-point value is not finite.", {"nan", "-infinity"}},
         {"double", "Invalid floating-point value.", {"1 ", "1,5", "12.5mm"}},
