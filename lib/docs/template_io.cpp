@@ -482,14 +482,21 @@ ov_template *ov_template_io_read_from_file(const char *path)
         return nullptr;
     }
     ov::XmlMessageCollector messages;
+    ov::XmlEntityFence fence(path);
     // Entities substituted, external DTDs loaded, never from the network.
     TextReaderPtr reader(xmlReaderForFd(fileno(file.get()), nullptr, nullptr,
                                         XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
     TemplatePtr tmpl(ov_template_new());
     TemplateReader template_reader(reader.get(), tmpl.get());
-    switch (reader ? template_reader.run() : TemplateReader::Outcome::xml_failure) {
+    const auto outcome = reader ? template_reader.run() : TemplateReader::Outcome::xml_failure;
+    if (!fence.check()) {
+        ov_error_append("Could not parse XML data.");
+        ov_error_append("Error loading template file.");
+        return nullptr;
+    }
+    switch (outcome) {
     case TemplateReader::Outcome::xml_failure:
-        messages.report_failure("Could not parse XML data.");
+        messages.report_file_failure(path);
         ov_error_append("Error loading template file.");
         return nullptr;
     case TemplateReader::Outcome::no_root:

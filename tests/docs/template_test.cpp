@@ -11,6 +11,7 @@
 
 #include <glib/gstdio.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <csignal>
@@ -126,6 +127,9 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
     std::string deep = "<template>", huge = "<template><name lang=\"sv\">" + std::string(11 << 20, 'x');
     for (int i = 0; i < 5000; ++i)
         deep += "<a>";
+    std::string mismatches;
+    for (int i = 0; i < 6; ++i)
+        mismatches += "<a></b>\n";
     const std::string P = "Error parsing template file.\n\n", node = P + "Missing XML node: ";
     const std::string L = "Error loading template file.\n\nCould not parse XML data.\n\n";
     const std::string latin1 = " content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.";
@@ -143,6 +147,10 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
         {"deeply nested", deep, L + "depth"},
         {"huge text node", huge + "</name></template>", L + "huge"},
         {"malformed after bad contents", file(N + bad_report) + "<junk", L + "parser error"},
+        // Parsing goes on after the first error, as whole-tree parsing does.
+        {"every mismatch", "<template>\n<a></b>\n<c></d>\n</template>", L + "mismatch: c line 3 and d"},
+        {"too many mismatches", "<template>\n" + mismatches + "</template>",
+         L + "(Error message truncated.)"},
         {"wrong root", "<codeset/>", "Not a template file."},
         {"no report types", file(N), P + "Missing report types."},
         {"no name", file(R), node + "name"},
@@ -188,6 +196,35 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
     }
     EXPECT_EQ(ov_template_io_read_from_file(dir.file("missing.template").c_str()), nullptr);
     EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading template file.\n\nCannot open file."));
+
+    // What is not a regular file is refused without waiting for a writer.
+    ASSERT_EQ(mkfifo(dir.file("fifo.template").c_str(), 0600), 0);
+    for (const std::string &name : {dir.file("fifo.template"), dir.path()}) {
+        EXPECT_EQ(ov_template_io_read_from_file(name.c_str()), nullptr);
+        EXPECT_TRUE(
+            std::string(ov_error_get()).starts_with("Error loading template file.\n\nCannot open file."))
+            << ov_error_get();
+    }
+
+    // Entities load only from beside the template.
+    ov::test::TempDir outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("name.ent"), "Beside");
+    for (const std::string &entity : {outside.file("secret"), std::string("name.ent")}) {
+        write_file(path, "<!DOCTYPE template [<!ENTITY x SYSTEM \"" + entity + "\">]><template>" +
+                             "<name lang=\"sv\">&x;</name>" + R + "</template>");
+        TemplatePtr tmpl(ov_template_io_read_from_file(path.c_str()));
+        if (entity == "name.ent") {
+            ASSERT_TRUE(tmpl) << ov_error_get();
+            EXPECT_STREQ(ov_langstr_get_text(tmpl->name, nullptr), "Beside");
+        } else {
+            EXPECT_FALSE(tmpl);
+            EXPECT_EQ(std::string(ov_error_get()),
+                      "Error loading template file.\n\nCould not parse XML data.\n\nExternal entity outside "
+                      "the document's folder refused: " +
+                          entity);
+        }
+    }
 }
 
 TEST_F(TemplateTest, TranslationStatisticsCountEveryTextOnce)
@@ -216,6 +253,7 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
     write_file(dir.file("notes.txt"), painting);
     write_file(dir.file("broken.template"), "<template>");
     g_mkdir(dir.file("folder.template").c_str(), 0700);
+    mkfifo(dir.file("fifo.template").c_str(), 0600);
     ov_template_list *list = ov_template_list_load_from_folder(dir.path().c_str());
     ASSERT_EQ(ov::list_count(list->entries), 1u);
     EXPECT_EQ(list->entries.first()->path, dir.file("PAINTING.TEMPLATE"));
