@@ -231,7 +231,7 @@ OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node)
 {
     g_return_val_if_fail(document != nullptr && node != nullptr, nullptr);
     ov::GStr code;
-    langstr *description = nullptr;
+    ov::LangstrBuilder description;
     bool failed = false;
 
     for (xmlNode *child = node->children; child != nullptr && !failed; child = child->next) {
@@ -249,22 +249,20 @@ OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node)
                 failed = true;
             }
         } else if (ov_xml_node_has_name(child, "description")) {
-            if (!ov_xml_parse_langstr_translation(&description, document, child, FALSE, TRUE))
+            if (!ov_xml_parse_langstr_translation_into(description, document, child, FALSE, TRUE))
                 failed = true;
         }
     }
 
     // A missing part outranks every message of the loop.
-    if (!code || description == nullptr) {
+    if (!code || description.is_empty()) {
         ov_error_set("Missing remark content in XML data.");
         failed = true;
     }
-    if (failed) {
-        ov_langstr_free(description);
+    if (failed)
         return nullptr;
-    }
     OvRemark *remark = ov_remark_new();
     remark->code = code.release();
-    remark->description = description;
+    remark->description = description.release();
     return remark;
 }
