@@ -22,9 +22,8 @@ using CodesetPtr = std::unique_ptr<OvCodeset, decltype([](OvCodeset *c) { ov_cod
 bool read_remarks(OvCodeset *codeset, xmlDoc *document, xmlNode *root)
 {
     // The remarks in code order, as ov_remark_list_add_remark_sorted would
-    // link them: each goes before the first one whose code compares greater,
-    // after its equals. Found by binary search instead of a walk from the
-    // front, so that reading stays fast for large codesets.
+    // link them one by one: a stable sort, since equal codes keep their
+    // order there.
     std::vector<OvRemark *> sorted;
     auto owner = [&] {
         for (OvRemark *remark : sorted)
@@ -46,12 +45,11 @@ bool read_remarks(OvCodeset *codeset, xmlDoc *document, xmlNode *root)
             ov_error_set("Duplicate remark codes.");
             return false;
         }
-        auto position =
-            std::upper_bound(sorted.begin(), sorted.end(), remark, [](const OvRemark *a, const OvRemark *b) {
-                return ov_remark_compare_codes(a->code, b->code) < 0;
-            });
-        sorted.insert(position, remark);
+        sorted.push_back(remark);
     }
+    std::stable_sort(sorted.begin(), sorted.end(), [](const OvRemark *a, const OvRemark *b) {
+        return ov_remark_compare_codes(a->code, b->code) < 0;
+    });
     if (sorted.empty()) {
         ov_error_set("Missing remarks.");
         return false;

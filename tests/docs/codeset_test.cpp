@@ -155,6 +155,52 @@ TEST_F(Codeset, SubsetMergeableAndMerge)
     EXPECT_STREQ(ov_langstr_get_text(list->first()->description, swedish()), "ett");
 }
 
+// Sorting and merging whole lists give what one remark at a time gives,
+// whatever the order of the list they go into: equal codes, codes that
+// compare alike but differ, empty codes and remarks without a code.
+TEST_F(Codeset, WholeListInsertionAndMergeEqualOneAtATime)
+{
+    const char *pool[] = {"R1", "r1", "R01", "R2", "R10", "a", "A", "9", "09", "10", "", nullptr};
+    const char *texts[] = {"one", "uno", "ett"};
+    std::mt19937 random(14);
+    auto pick = [&](auto &from) { return from[random() % std::size(from)]; };
+    auto random_list = [&](int length, bool sorted) {
+        RemarkListPtr list(ov_remark_list_new());
+        for (int i = 0; i < length; ++i)
+            (sorted ? ov_remark_list_add_remark_sorted
+                    : ov_remark_list_add_remark_last)(list.get(), make_remark(pick(pool), pick(texts)));
+        return list;
+    };
+    auto clone = [](const OvRemarkList *list) {
+        RemarkListPtr copy(ov_remark_list_new());
+        ov_remark_list_copy_remarks(copy.get(), list);
+        return copy;
+    };
+    for (int round = 0; round < 400; ++round) {
+        SCOPED_TRACE(round);
+        RemarkListPtr base = random_list(random() % 12, round % 2 == 0);
+        RemarkListPtr others = random_list(random() % 12, false);
+
+        RemarkListPtr one_by_one = clone(base.get()), whole = clone(base.get()), moved = clone(others.get());
+        for (const OvRemark *remark : *others)
+            ov_remark_list_add_remark_sorted(one_by_one.get(), ov_remark_clone(remark));
+        ov_remark_list_add_remarks_sorted(whole.get(), moved.get());
+        EXPECT_TRUE(moved->is_empty());
+        EXPECT_EQ(describe(whole.get(), true), describe(one_by_one.get(), true));
+
+        one_by_one = clone(base.get());
+        whole = clone(base.get());
+        for (const OvRemark *remark : *others)
+            ov_remark_list_merge_remark(one_by_one.get(), remark);
+        ov_remark_list_merge_remarks(whole.get(), others.get());
+        ASSERT_EQ(ov::list_count(*whole), ov::list_count(*one_by_one));
+        for (auto a = whole->begin(), b = one_by_one->begin(); a != whole->end(); ++a, ++b) {
+            EXPECT_EQ(g_strcmp0((*a)->code, (*b)->code), 0);
+            EXPECT_TRUE(ov_langstr_is_identical((*a)->description, (*b)->description));
+        }
+    }
+}
+
 const std::string shipped = std::string(OV_SOURCE_DIR) + "/resources/install/codesets/";
 const std::string name_element = "<name lang=\"en-uk\">N</name>\n";
 const std::string description = "<description lang=\"sv\">b</description>";
