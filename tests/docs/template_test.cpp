@@ -178,6 +178,12 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
         {"name after a bad row", file(N + bad_report), node + "name"},
         {"segment header after a bad row",
          report("<segment><block><row/></block><header lang=\"xx\">H</header></segment>"), locale},
+        {"block header after a bad row",
+         report("<segment><block><row/><header lang=\"xx\">H</header></block></segment>"), locale},
+        {"legacy group header after a bad item",
+         file(N + "<condition><condition-group><condition-item/><condition-group-header lang=\"xx\">H"
+                  "</condition-group-header></condition-group></condition>"),
+         locale},
         {"version after bad children", file(bad_report + "<version/>" + N), no_text},
         {"first failing child", file(N + "<codesets><codeset/></codesets>" + bad_report), no_file_name},
     };
@@ -252,12 +258,21 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
     write_file(dir.file("PAINTING.TEMPLATE"), painting);
     write_file(dir.file("notes.txt"), painting);
     write_file(dir.file("broken.template"), "<template>");
+    // Only the heading is read for the list: what follows far behind it is not.
+    write_file(dir.file("heading.template"), "<template><name lang=\"sv\">Rubrik</name><version>3</version>"
+                                             "<report-type>" +
+                                                 std::string(1 << 20, ' ') + "<junk></template>");
     g_mkdir(dir.file("folder.template").c_str(), 0700);
     mkfifo(dir.file("fifo.template").c_str(), 0600);
     ov_template_list *list = ov_template_list_load_from_folder(dir.path().c_str());
-    ASSERT_EQ(ov::list_count(list->entries), 1u);
-    EXPECT_EQ(list->entries.first()->path, dir.file("PAINTING.TEMPLATE"));
-    EXPECT_STREQ(list->entries.first()->ui_string, "M\xC3\xA5lning (Konserveringsavdelningen) 1.2");
+    ASSERT_EQ(ov::list_count(list->entries), 2u);
+    std::vector<std::pair<std::string, std::string>> entries;
+    for (const auto *entry : list->entries)
+        entries.emplace_back(entry->path, entry->ui_string);
+    std::sort(entries.begin(), entries.end());
+    EXPECT_EQ(entries[0], std::pair(dir.file("PAINTING.TEMPLATE"),
+                                    std::string("M\xC3\xA5lning (Konserveringsavdelningen) 1.2")));
+    EXPECT_EQ(entries[1], std::pair(dir.file("heading.template"), std::string("Rubrik 3")));
     ov_template_list_destroy(list);
     list = ov_template_list_load_from_folder(dir.file("missing").c_str());
     EXPECT_TRUE(list->entries.is_empty());
