@@ -39,16 +39,16 @@ inline void remove_tree(const std::string &path)
     g_rmdir(path.c_str());
 }
 
-// A folder made on first use and removed when the process exits.
+// A folder made on first use and removed when the process exits. Its name
+// is kept outside any object that exit destroys first.
 inline const std::string &folder()
 {
+    static gchar *made = nullptr;
     static const std::string path = [] {
-        gchar *made = g_dir_make_tmp("ov-fuzz-XXXXXX", nullptr);
+        made = g_dir_make_tmp("ov-fuzz-XXXXXX", nullptr);
         OV_FUZZ_CHECK(made != nullptr);
-        std::string copy = made;
-        g_free(made);
-        std::atexit([] { remove_tree(folder()); });
-        return copy;
+        std::atexit([] { remove_tree(made); });
+        return std::string(made);
     }();
     return path;
 }
