@@ -272,12 +272,12 @@ int main(int argc, char **argv)
         if (std::strcmp(argv[2], "template") == 0) {
             ov_template *tmpl = ov_template_io_read_from_file(argv[3]);
             check(tmpl != nullptr);
-            held = own_memory_bytes("VmRSS:");
+            held = peak ? own_memory_bytes("VmRSS:") : 0;
             ov_template_destroy(tmpl);
         } else {
             OvCodeset *codeset = ov_codeset_io_read_from_file(argv[3]);
             check(codeset != nullptr);
-            held = own_memory_bytes("VmRSS:");
+            held = peak ? own_memory_bytes("VmRSS:") : 0;
             ov_codeset_destroy(codeset);
         }
         if (peak)

@@ -25,6 +25,12 @@ bool is_space(guchar c)
     return g_ascii_isspace(c);
 }
 
+// As g_ascii_toupper, without a call per byte.
+guchar ascii_upper(guchar c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<guchar>(c - ('a' - 'A')) : c;
+}
+
 int sign(int value)
 {
     return (value > 0) - (value < 0);
@@ -100,8 +106,8 @@ int compare(const char *left, const char *right, bool fold_case, bool ignore_zer
         if (ca == '\0' && cb == '\0')
             return 0;
         if (fold_case) {
-            ca = static_cast<guchar>(g_ascii_toupper(static_cast<char>(ca)));
-            cb = static_cast<guchar>(g_ascii_toupper(static_cast<char>(cb)));
+            ca = ascii_upper(ca);
+            cb = ascii_upper(cb);
         }
         if (ca != cb)
             return ca < cb ? -1 : +1;

@@ -5,8 +5,6 @@
 #include "core/platform.h"
 #include "core/raii.h"
 
-#include <gtk/gtk.h>
-
 #include <array>
 #include <cerrno>
 #include <cmath>
@@ -517,12 +515,6 @@ char *ov_util_format_input_field_label_markup(const char *label, gboolean requir
     ov::GStr escaped(g_markup_escape_text(label, -1));
     return g_strconcat(escaped.get(), ":",
                        required ? " <span style=\"italic\" alpha=\"50%\">(Required)</span>" : "", nullptr);
-}
-
-void ov_util_let_through_gtk_events()
-{
-    while (gtk_events_pending())
-        gtk_main_iteration();
 }
 
 void ov_util_free_glist_with_data(GList *list)
