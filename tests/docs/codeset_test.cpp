@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <csignal>
 #include <random>
@@ -304,7 +306,11 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         {"truncated", "<codeset>", L},
         {"deeply nested", deep, L + "depth"},
         {"huge text node", huge, L + "huge"},
+        {"every mismatch", "<codeset>\n<a></b>\n<c></d>\n</codeset>", L + "mismatch: c line 3 and d"},
+        {"malformed after a bad remark", with(remark_element(" ")) + "<junk", L + "parser error"},
         {"wrong root", "<template/>", "Not a codeset file."},
+        {"name after a bad remark", codeset_file(remark_element(" ") + name_element), missing},
+        {"no name, bad remark", codeset_file(remark_element(" ")), P + "Missing XML node: name"},
         {"no name", codeset_file(A), P + "Missing XML node: name"},
         {"no remarks", codeset_file(name_element), P + "Missing remarks."},
         {"two versions", with("<version>1</version><version>2</version>" + A),
@@ -338,6 +344,31 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
     }
     EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("missing.codeset").c_str()), nullptr);
     EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading codeset file.\n\nCannot open file."));
+    ASSERT_EQ(mkfifo(dir.file("fifo.codeset").c_str(), 0600), 0);
+    EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("fifo.codeset").c_str()), nullptr);
+    EXPECT_EQ(std::string(ov_error_get()),
+              "Error loading codeset file.\n\nCannot open file.\n\nNot a regular file.");
+
+    // Entities load only from beside the codeset.
+    TempDir outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("code.ent"), "K1");
+    for (const std::string &entity : {outside.file("secret"), std::string("code.ent")}) {
+        write_file(path, "<!DOCTYPE codeset [<!ENTITY x SYSTEM \"" + entity + "\">]><codeset>" +
+                             name_element + remark_element("&x;") + "</codeset>");
+        CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
+        if (entity == "code.ent") {
+            ASSERT_TRUE(codeset) << ov_error_get();
+            EXPECT_EQ(describe(codeset->remarks), "K1");
+        } else {
+            EXPECT_FALSE(codeset);
+            EXPECT_EQ(
+                std::string(ov_error_get()),
+                "Error loading codeset file.\n\nCould not parse XML data.\n\nExternal entity outside the "
+                "document's folder refused: " +
+                    entity);
+        }
+    }
 }
 
 TEST_F(Codeset, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
