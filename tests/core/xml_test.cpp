@@ -147,7 +147,7 @@ TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
     ASSERT_EQ(symlink(secret.c_str(), dir_.file("link").c_str()), 0);
     ASSERT_EQ(mkdir(dir_.file("sub").c_str(), 0755), 0);
     write_file(dir_.file("sub/nested.ent"), "<!ENTITY x SYSTEM \"../beside.ent\">");
-    const auto relative_secret = "../" + std::string(g_path_get_basename(outside.path().c_str())) + "/secret";
+    const std::string relative_secret = "../" + str(g_path_get_basename(outside.path().c_str())) + "/secret";
     const xmlExternalEntityLoader loader = xmlGetExternalEntityLoader();
     const struct {
         std::string address;
