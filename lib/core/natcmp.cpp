@@ -134,3 +134,34 @@ int strnatzerocasecmp(const char *a, const char *b)
 {
     return compare(a, b, true, true);
 }
+
+std::string strnatzerocase_key(const char *text)
+{
+    std::string key;
+    if (text == nullptr)
+        return key;
+    auto p = reinterpret_cast<const guchar *>(text);
+    while (*p != '\0') {
+        if (is_space(*p)) {
+            ++p;
+        } else if (is_digit(*p)) {
+            // Runs meet only runs, where the longer number is the larger
+            // and equal lengths compare digit by digit; against any other
+            // byte the run's first digit decides, and every digit stands on
+            // the same side of a byte that is not one.
+            p = skip_leading_zeros(p);
+            const guchar *start = p;
+            while (is_digit(*p))
+                ++p;
+            const auto length = static_cast<guint32>(p - start);
+            key += '0';
+            for (int shift = 24; shift >= 0; shift -= 8)
+                key += static_cast<char>((length >> shift) & 0xFF);
+            key.append(reinterpret_cast<const char *>(start), length);
+        } else {
+            key += static_cast<char>(ascii_upper(*p));
+            ++p;
+        }
+    }
+    return key;
+}

@@ -3,6 +3,7 @@
 #include "core/atomic_file.h"
 #include "core/error.h"
 #include "core/fs_utils.h"
+#include "core/natcmp.h"
 #include "core/raii.h"
 #include "core/util.h"
 #include "core/xml.h"
@@ -91,18 +92,21 @@ class CodesetReader
         // The remarks in code order, as ov_remark_list_add_remark_sorted
         // would link them one by one: a stable sort, since equal codes keep
         // their order there (and duplicates were refused anyway).
-        // The codes sort beside their remarks, one indirection less.
-        std::vector<std::pair<const char *, OvRemark *>> sorted;
+        // Sorted by keys made once per code; their order is that of the
+        // cascade's first and loosest test, so only ties go to the whole
+        // cascade.
+        std::vector<std::pair<std::string, OvRemark *>> sorted;
         sorted.reserve(remarks_.size());
         for (OvRemark *remark : remarks_)
-            sorted.emplace_back(remark->code, remark);
+            sorted.emplace_back(strnatzerocase_key(remark->code), remark);
         remarks_.clear();
         auto in_order = [](const auto &a, const auto &b) {
-            return ov_remark_compare_codes(a.first, b.first) < 0;
+            const int keys = a.first.compare(b.first);
+            return keys != 0 ? keys < 0 : ov_remark_compare_codes(a.second->code, b.second->code) < 0;
         };
         if (!std::is_sorted(sorted.begin(), sorted.end(), in_order))
             std::stable_sort(sorted.begin(), sorted.end(), in_order);
-        for (const auto &[code, remark] : sorted)
+        for (const auto &[key, remark] : sorted)
             ov_remark_list_add_remark_last(codeset_->remarks, remark);
         return true;
     }

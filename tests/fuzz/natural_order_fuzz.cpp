@@ -43,5 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (auto compare : {strnatcmp, strnatcasecmp, strnatzerocmp, strnatzerocasecmp, ov_remark_compare_codes})
         check(compare, a, b, c);
     OV_FUZZ_CHECK((ov_remark_compare_codes(a, b) == 0) == (std::strcmp(a, b) == 0));
+    OV_FUZZ_CHECK(sign(strnatzerocase_key(a).compare(strnatzerocase_key(b))) ==
+                  sign(strnatzerocasecmp(a, b)));
     return 0;
 }
