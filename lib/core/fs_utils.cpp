@@ -3,6 +3,7 @@
 #include "core/error.h"
 #include "core/raii.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace
@@ -28,6 +30,61 @@ void fail_with_errno(const char *sentence)
     errno = code;
     ov_error_set_from_errno();
     ov_error_append(sentence);
+}
+
+// Closes a descriptor it still holds.
+class FdGuard
+{
+  public:
+    explicit FdGuard(int fd) : fd_(fd) {}
+    FdGuard(const FdGuard &) = delete;
+    FdGuard &operator=(const FdGuard &) = delete;
+    ~FdGuard()
+    {
+        if (fd_ >= 0)
+            close(fd_);
+    }
+    int get() const { return fd_; }
+    int release() { return std::exchange(fd_, -1); }
+
+  private:
+    int fd_;
+};
+
+// Opens a file for reading only when it is a regular file. The open does
+// not block, so a FIFO or a device is refused instead of waiting for a
+// writer, and the check looks at what was opened, not at what the path
+// named a moment earlier. Null with the error set on failure.
+FILE *open_regular_file(const char *os_path, const char *mode)
+{
+    const int access = std::strchr(mode, '+') != nullptr ? O_RDWR : O_RDONLY;
+    FdGuard fd(open(os_path, access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat info {
+    };
+    if (fd.get() < 0 || fstat(fd.get(), &info) != 0) {
+        fail_with_errno("Cannot open file.");
+        return nullptr;
+    }
+    if (S_ISDIR(info.st_mode)) {
+        errno = EISDIR;
+        fail_with_errno("Cannot open file.");
+        return nullptr;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        last_errno = EINVAL;
+        ov_error_set("Not a regular file.");
+        ov_error_append("Cannot open file.");
+        return nullptr;
+    }
+    const int flags = fcntl(fd.get(), F_GETFL);
+    FILE *stream = nullptr;
+    if (flags < 0 || fcntl(fd.get(), F_SETFL, flags & ~O_NONBLOCK) != 0 ||
+        (stream = fdopen(fd.get(), mode)) == nullptr) {
+        fail_with_errno("Cannot open file.");
+        return nullptr;
+    }
+    fd.release();
+    return stream;
 }
 
 ov::GStr to_os(const char *path)
@@ -52,6 +109,8 @@ FILE *ov_fs_utils_open_file(const char *path, const char *mode)
     const ov::GStr os_path = to_os(path);
     if (!os_path)
         return nullptr;
+    if (mode[0] == 'r')
+        return open_regular_file(os_path.get(), mode);
     FILE *stream = fopen(os_path.get(), mode);
     if (stream == nullptr)
         fail_with_errno("Cannot open file.");

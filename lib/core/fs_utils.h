@@ -25,7 +25,9 @@ struct OvFileInfo {
     guint64 size;             // bytes
 };
 
-// File and folder calls.
+// File and folder calls. A mode that reads ("r", "rb", "r+") opens only a
+// regular file and never blocks on a FIFO or device: anything else fails
+// with "Cannot open file." and the reason.
 FILE *ov_fs_utils_open_file(const char *path, const char *mode);
 gboolean ov_fs_utils_close_file(FILE *stream);
 DIR *ov_fs_utils_open_folder(const char *path);

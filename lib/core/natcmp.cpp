@@ -25,6 +25,12 @@ bool is_space(guchar c)
     return g_ascii_isspace(c);
 }
 
+// As g_ascii_toupper, without a call per byte.
+guchar ascii_upper(guchar c)
+{
+    return c >= 'a' && c <= 'z' ? static_cast<guchar>(c - ('a' - 'A')) : c;
+}
+
 int sign(int value)
 {
     return (value > 0) - (value < 0);
@@ -100,8 +106,8 @@ int compare(const char *left, const char *right, bool fold_case, bool ignore_zer
         if (ca == '\0' && cb == '\0')
             return 0;
         if (fold_case) {
-            ca = static_cast<guchar>(g_ascii_toupper(static_cast<char>(ca)));
-            cb = static_cast<guchar>(g_ascii_toupper(static_cast<char>(cb)));
+            ca = ascii_upper(ca);
+            cb = ascii_upper(cb);
         }
         if (ca != cb)
             return ca < cb ? -1 : +1;
@@ -127,4 +133,35 @@ int strnatzerocmp(const char *a, const char *b)
 int strnatzerocasecmp(const char *a, const char *b)
 {
     return compare(a, b, true, true);
+}
+
+std::string strnatzerocase_key(const char *text)
+{
+    std::string key;
+    if (text == nullptr)
+        return key;
+    auto p = reinterpret_cast<const guchar *>(text);
+    while (*p != '\0') {
+        if (is_space(*p)) {
+            ++p;
+        } else if (is_digit(*p)) {
+            // Runs meet only runs, where the longer number is the larger
+            // and equal lengths compare digit by digit; against any other
+            // byte the run's first digit decides, and every digit stands on
+            // the same side of a byte that is not one.
+            p = skip_leading_zeros(p);
+            const guchar *start = p;
+            while (is_digit(*p))
+                ++p;
+            const auto length = static_cast<guint32>(p - start);
+            key += '0';
+            for (int shift = 24; shift >= 0; shift -= 8)
+                key += static_cast<char>((length >> shift) & 0xFF);
+            key.append(reinterpret_cast<const char *>(start), length);
+        } else {
+            key += static_cast<char>(ascii_upper(*p));
+            ++p;
+        }
+    }
+    return key;
 }

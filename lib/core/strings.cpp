@@ -106,8 +106,12 @@ char *put_latin1_as_utf8(guchar b, char *out)
 
 enum class Rule { Detabify, Spacify, SpacifyCompactly };
 
+// Every C library locale agrees on the ASCII white space, so only the upper
+// half asks the locale.
 bool latin1_is_space(guchar c)
 {
+    if (c < 0x80)
+        return c == ' ' || (c >= '\t' && c <= '\r');
     return std::isspace(c) != 0;
 }
 
@@ -445,21 +449,22 @@ char *ov_convert_utf8_to_latin1(const char *utf8)
     g_return_val_if_fail(utf8 != nullptr, nullptr);
     // Computed directly: opening an iconv converter for every text made
     // reading large files several times slower. Latin-1 is U+0000..U+00FF,
-    // so a valid text converts exactly when no character is above U+00FF.
+    // so a text converts exactly when it holds only ASCII bytes and the
+    // two-byte forms of U+0080..U+00FF (lead 0xC2 or 0xC3); anything else is
+    // either invalid or beyond Latin-1, and both fail alike.
     const gsize length = std::strlen(utf8);
-    if (!g_utf8_validate(utf8, static_cast<gssize>(length), nullptr)) {
-        ov_error_set("Character incompatible with ISO-8859-1 found where not allowed.");
-        return nullptr;
-    }
     ov::GStr latin1(static_cast<char *>(g_malloc(length + 1)));
     char *out = latin1.get();
-    for (const char *in = utf8; *in != '\0'; in = g_utf8_next_char(in)) {
-        const gunichar c = g_utf8_get_char(in);
-        if (c > 0xFF) {
+    for (const auto *in = reinterpret_cast<const guchar *>(utf8); *in != '\0'; ++in) {
+        if (*in < 0x80) {
+            *out++ = static_cast<char>(*in);
+        } else if ((*in == 0xC2 || *in == 0xC3) && (in[1] & 0xC0) == 0x80) {
+            *out++ = static_cast<char>(((*in & 0x03) << 6) | (in[1] & 0x3F));
+            ++in;
+        } else {
             ov_error_set("Character incompatible with ISO-8859-1 found where not allowed.");
             return nullptr;
         }
-        *out++ = static_cast<char>(c);
     }
     *out = '\0';
     return latin1.release();

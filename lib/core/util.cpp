@@ -6,8 +6,6 @@
 #include "core/platform.h"
 #include "core/raii.h"
 
-#include <gtk/gtk.h>
-
 #include <array>
 #include <cerrno>
 #include <cmath>
@@ -51,9 +49,12 @@ constexpr IntegerMessages unsigned_messages{
 
 constexpr const char *invalid_double_message = "Invalid floating-point value.";
 
-// Invalid UTF-8 is left for the later checks to refuse.
+// Invalid UTF-8 is left for the later checks to refuse. GLib's Unicode
+// test leaves out the vertical tab that its number parsers skip.
 bool begins_with_whitespace(const char *text)
 {
+    if (*text == '\v')
+        return true;
     gunichar c = g_utf8_get_char_validated(text, -1);
     return c != static_cast<gunichar>(-1) && c != static_cast<gunichar>(-2) && g_unichar_isspace(c);
 }
@@ -505,12 +506,6 @@ char *ov_util_format_input_field_label_markup(const char *label, gboolean requir
     ov::GStr escaped(g_markup_escape_text(label, -1));
     return g_strconcat(escaped.get(), ":",
                        required ? " <span style=\"italic\" alpha=\"50%\">(Required)</span>" : "", nullptr);
-}
-
-void ov_util_let_through_gtk_events()
-{
-    while (gtk_events_pending())
-        gtk_main_iteration();
 }
 
 void ov_util_free_glist_with_data(GList *list)

@@ -9,12 +9,19 @@
 
 #include <libxml/globals.h>
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 #include <libxml/xmlsave.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdarg>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -104,6 +111,85 @@ int close_zip_entry(void *context)
         return 0;
     input->close_failed = true;
     return -1;
+}
+
+// ---------------------------------------------------------------------------
+// External entities.
+
+ov::XmlEntityFence *active_fence = nullptr;
+
+xmlParserInputPtr fenced_entity_loader(const char *url, const char *, xmlParserCtxtPtr context)
+{
+    return active_fence != nullptr ? active_fence->load(url, context) : nullptr;
+}
+
+// An address with a scheme other than "file:" names something that is not a
+// local file.
+bool has_foreign_scheme(std::string_view url)
+{
+    const auto colon = url.find(':');
+    if (colon == std::string_view::npos || colon == 0 || !g_ascii_isalpha(url[0]))
+        return false;
+    for (char c : url.substr(0, colon))
+        if (!g_ascii_isalnum(c) && c != '+' && c != '-' && c != '.')
+            return false;
+    return url.substr(0, colon) != "file";
+}
+
+// The local path an entity address names, relative ones taken from folder;
+// empty when it names none.
+std::string entity_path(const char *url, const std::string &folder)
+{
+    if (g_str_has_prefix(url, "file:")) {
+        ov::GStr path(g_filename_from_uri(url, nullptr, nullptr));
+        return path ? std::string(path.get()) : std::string();
+    }
+    if (has_foreign_scheme(url))
+        return {};
+    if (g_path_is_absolute(url))
+        return url;
+    return folder + url;
+}
+
+// Opens path for reading without blocking or following a FIFO; -1 unless it
+// is a regular file. libxml2 hands over addresses percent-escaped, so an
+// escaped name is tried unescaped too.
+int open_entity_file(const std::string &path)
+{
+    constexpr int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    int fd = open(path.c_str(), flags);
+    if (fd < 0 && path.find('%') != std::string::npos) {
+        ov::GStr unescaped(g_uri_unescape_string(path.c_str(), nullptr));
+        if (unescaped)
+            fd = open(unescaped.get(), flags);
+    }
+    struct stat info {
+    };
+    if (fd >= 0 && (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode))) {
+        close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+// The resolved path of what fd has open.
+std::string opened_path(int fd)
+{
+    ov::GStr link(g_strdup_printf("/proc/self/fd/%d", fd));
+    ov::GStr target(g_file_read_link(link.get(), nullptr));
+    return target ? std::string(target.get()) : std::string();
+}
+
+int read_entity_file(void *context, char *buffer, int length)
+{
+    const ssize_t count = read(static_cast<int>(reinterpret_cast<intptr_t>(context)), buffer,
+                               static_cast<size_t>(std::max(length, 0)));
+    return static_cast<int>(count);
+}
+
+int close_entity_file(void *context)
+{
+    return close(static_cast<int>(reinterpret_cast<intptr_t>(context)));
 }
 
 // ---------------------------------------------------------------------------
@@ -323,6 +409,75 @@ ov::XmlMessageCollector::~XmlMessageCollector()
     g_string_truncate(collector, 0);
 }
 
+ov::XmlEntityFence::XmlEntityFence(const char *document_path)
+    : saved_loader_(xmlGetExternalEntityLoader()), saved_fence_(active_fence)
+{
+    if (document_path != nullptr) {
+        ov::GStr folder(g_path_get_dirname(document_path));
+        ov::GStr resolved(realpath(folder.get(), nullptr));
+        if (resolved)
+            folder_ = std::string(resolved.get()) + (g_str_has_suffix(resolved.get(), "/") ? "" : "/");
+    }
+    active_fence = this;
+    xmlSetExternalEntityLoader(fenced_entity_loader);
+}
+
+ov::XmlEntityFence::~XmlEntityFence()
+{
+    xmlSetExternalEntityLoader(saved_loader_);
+    active_fence = saved_fence_;
+}
+
+bool ov::XmlEntityFence::check() const
+{
+    if (refused_.empty())
+        return true;
+    ov::GStr shown(g_utf8_make_valid(refused_.c_str(), -1));
+    ov_error_set_utf8_printf("External entity outside the document's folder refused: %s", shown.get());
+    return false;
+}
+
+xmlParserInput *ov::XmlEntityFence::load(const char *url, xmlParserCtxt *context)
+{
+    auto refuse = [&] {
+        if (refused_.empty())
+            refused_ = url != nullptr && url[0] != '\0' ? url : "(none)";
+        return nullptr;
+    };
+    if (url == nullptr || folder_.empty())
+        return refuse();
+    const std::string path = entity_path(url, folder_);
+    if (path.empty())
+        return refuse();
+    const int fd = open_entity_file(path);
+    if (fd < 0)
+        return refuse();
+    // What was opened decides, so a link swapped in after a check cannot
+    // lead outside.
+    const std::string real = opened_path(fd);
+    const int flags = fcntl(fd, F_GETFL);
+    if (!g_str_has_prefix(real.c_str(), folder_.c_str()) || flags < 0 ||
+        fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+        close(fd);
+        return refuse();
+    }
+    xmlParserInputBufferPtr buffer = xmlParserInputBufferCreateIO(
+        read_entity_file, close_entity_file, reinterpret_cast<void *>(static_cast<intptr_t>(fd)),
+        XML_CHAR_ENCODING_NONE);
+    if (buffer == nullptr) {
+        close(fd);
+        return nullptr;
+    }
+    xmlParserInputPtr input = xmlNewIOInputStream(context, buffer, XML_CHAR_ENCODING_NONE);
+    if (input == nullptr) {
+        xmlFreeParserInputBuffer(buffer);
+        return nullptr;
+    }
+    // Addresses inside the entity are taken from its own folder.
+    input->filename = reinterpret_cast<char *>(xmlStrdup(xml_text(real.c_str())));
+    return input;
+}
+
 void ov::XmlMessageCollector::report_failure(const char *sentence)
 {
     if (collector->len == 0) {
@@ -337,6 +492,16 @@ void ov::XmlMessageCollector::report_failure(const char *sentence)
     ov_error_append(sentence);
 }
 
+void ov::XmlMessageCollector::report_file_failure(const char *path)
+{
+    const std::string own(collector->str, collector->len);
+    ov::XmlDocPtr doc(ov_xml_parse_file(path));
+    if (doc) {
+        g_string_assign(collector, own.c_str());
+        report_failure("Could not parse XML data.");
+    }
+}
+
 // ---------------------------------------------------------------------------
 // Documents.
 
@@ -347,10 +512,15 @@ xmlDoc *ov_xml_parse_file(const char *path)
         return nullptr;
     ov::XmlMessageCollector messages;
     ParserDefaults defaults;
-    xmlDoc *doc = xmlReadFd(fileno(file.get()), nullptr, nullptr, parse_options);
-    if (doc == nullptr)
+    ov::XmlEntityFence fence(path);
+    ov::XmlDocPtr doc(xmlReadFd(fileno(file.get()), nullptr, nullptr, parse_options));
+    if (!fence.check()) {
+        ov_error_append("Could not parse XML data.");
+        return nullptr;
+    }
+    if (!doc)
         messages.report_failure("Could not parse XML data.");
-    return doc;
+    return doc.release();
 }
 
 gboolean ov_xml_parse_file_if_exists(xmlDoc **out_doc, const char *path)
@@ -375,8 +545,14 @@ xmlDoc *ov_xml_parse_zip_file(zip_t *archive, const char *entry_name)
         return nullptr;
     ov::XmlMessageCollector messages;
     ParserDefaults defaults;
+    // An archive entry has no folder: nothing outside it is loaded.
+    ov::XmlEntityFence fence(nullptr);
     // libxml2 closes the entry through close_zip_entry, also on failure.
     ov::XmlDocPtr doc(xmlReadIO(read_zip_entry, close_zip_entry, &input, nullptr, nullptr, parse_options));
+    if (!fence.check()) {
+        ov_error_append("Could not parse compressed XML data.");
+        return nullptr;
+    }
     if (input.close_failed) {
         // The reason is the close's own text.
         ov_error_append("Could not parse compressed XML data.");

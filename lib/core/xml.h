@@ -9,10 +9,12 @@
 #pragma once
 
 #include <glib.h>
+#include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <zip.h>
 
 #include <cstdio>
+#include <string>
 
 // Reading and writing whole documents.
 xmlDoc *ov_xml_parse_file(const char *path);
@@ -139,10 +141,41 @@ class XmlMessageCollector
     // Sets the error to the collected messages (trimmed, valid UTF-8, cut to
     // 15 lines) or "Unknown XML error.", then puts sentence on top.
     void report_failure(const char *sentence);
+    // For a streaming parse of a file, which stops at the first error: reads
+    // the file again with the tree parser, which goes on after it, and
+    // reports its messages under "Could not parse XML data."; its own
+    // messages when the second parse succeeds.
+    void report_file_failure(const char *path);
 
   private:
     xmlGenericErrorFunc saved_handler_;
     void *saved_context_;
+};
+
+// Lets libxml2 load external entities and DTDs only from regular files
+// inside the folder of the document being read (after symbolic links and
+// ".." are resolved) for the life of the object, and puts the previous
+// loader back afterwards. Without a document path every external load is
+// refused. A refused load yields nothing; the parse must then be failed.
+class XmlEntityFence
+{
+  public:
+    explicit XmlEntityFence(const char *document_path);
+    XmlEntityFence(const XmlEntityFence &) = delete;
+    XmlEntityFence &operator=(const XmlEntityFence &) = delete;
+    ~XmlEntityFence();
+
+    // FALSE with the error set when a load was refused.
+    bool check() const;
+
+    // Used by the loader while the fence stands.
+    xmlParserInput *load(const char *url, xmlParserCtxt *context);
+
+  private:
+    xmlExternalEntityLoader saved_loader_;
+    XmlEntityFence *saved_fence_;
+    std::string folder_;  // resolved, with a trailing '/'; empty: none
+    std::string refused_; // the first refused address
 };
 
 } // namespace ov

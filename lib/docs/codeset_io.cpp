@@ -3,15 +3,21 @@
 #include "core/atomic_file.h"
 #include "core/error.h"
 #include "core/fs_utils.h"
+#include "core/natcmp.h"
 #include "core/raii.h"
 #include "core/util.h"
 #include "core/xml.h"
 #include "lang/langstr_xml.h"
 
+#include <libxml/xmlreader.h>
+
 #include <algorithm>
+#include <cstring>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace
@@ -19,60 +25,165 @@ namespace
 
 using CodesetPtr = std::unique_ptr<OvCodeset, decltype([](OvCodeset *c) { ov_codeset_destroy(c); })>;
 
-bool read_remarks(OvCodeset *codeset, xmlDoc *document, xmlNode *root)
-{
-    // The remarks in code order, as ov_remark_list_add_remark_sorted would
-    // link them: each goes before the first one whose code compares greater,
-    // after its equals. Found by binary search instead of a walk from the
-    // front, so that reading stays fast for large codesets.
-    std::vector<OvRemark *> sorted;
-    auto owner = [&] {
-        for (OvRemark *remark : sorted)
-            ov_remark_destroy(remark);
-    };
-    // Codes seen so far, pointing into the remarks.
-    std::unordered_set<std::string_view> codes;
-    for (xmlNode *child = root->children; child != nullptr; child = child->next) {
-        if (child->type != XML_ELEMENT_NODE || !ov_xml_node_has_name(child, "remark"))
-            continue;
-        OvRemark *remark = ov_xml_parse_remark(document, child);
-        if (remark == nullptr) {
-            owner();
-            return false;
-        }
-        if (!codes.insert(remark->code).second) {
-            ov_remark_destroy(remark);
-            owner();
-            ov_error_set("Duplicate remark codes.");
-            return false;
-        }
-        auto position =
-            std::upper_bound(sorted.begin(), sorted.end(), remark, [](const OvRemark *a, const OvRemark *b) {
-                return ov_remark_compare_codes(a->code, b->code) < 0;
-            });
-        sorted.insert(position, remark);
-    }
-    if (sorted.empty()) {
-        ov_error_set("Missing remarks.");
-        return false;
-    }
-    for (OvRemark *remark : sorted)
-        ov_remark_list_add_remark_last(codeset->remarks, remark);
-    return true;
-}
+using TextReaderPtr = ov::Owned<xmlTextReader, xmlFreeTextReader>;
 
-bool read_codeset(OvCodeset *codeset, xmlDoc *document, xmlNode *root)
+// The codeset file is read as a stream: each remark is expanded into a tree
+// of its own and read, and the name, author and version elements are copied
+// aside and read at the end, so that no tree of the whole file is built.
+// The outcome is that of reading the whole tree: a malformed file fails as
+// XML whatever it contains; otherwise the name, author and version fail
+// before the remarks, and the first failing remark counts.
+class CodesetReader
 {
-    codeset->name = ov_xml_parse_required_langstr(document, root, "name", TRUE);
-    if (codeset->name == nullptr)
-        return false;
-    if (!ov_xml_parse_langstr(&codeset->author, document, root, "author", TRUE))
-        return false;
-    if (!ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(
-            &codeset->version, document, root, "version"))
-        return false;
-    return read_remarks(codeset, document, root);
-}
+  public:
+    CodesetReader(xmlTextReader *reader, OvCodeset *codeset) : reader_(reader), codeset_(codeset)
+    {
+        aside_doc_.reset(xmlNewDoc(BAD_CAST "1.0"));
+        aside_ = xmlNewDocNode(aside_doc_.get(), nullptr, BAD_CAST "aside", nullptr);
+        xmlDocSetRootElement(aside_doc_.get(), aside_);
+    }
+    CodesetReader(const CodesetReader &) = delete;
+    CodesetReader &operator=(const CodesetReader &) = delete;
+    ~CodesetReader()
+    {
+        for (OvRemark *remark : remarks_)
+            ov_remark_destroy(remark);
+    }
+
+    enum class Outcome { xml_failure, no_root, wrong_root, done };
+
+    Outcome run()
+    {
+        while (read() && xmlTextReaderNodeType(reader_) != XML_READER_TYPE_ELEMENT) {
+        }
+        if (status_ < 0)
+            return Outcome::xml_failure;
+        if (status_ == 0)
+            return Outcome::no_root;
+        const bool is_codeset = xmlStrcmp(xmlTextReaderConstLocalName(reader_), BAD_CAST "codeset") == 0;
+        if (is_codeset)
+            read_children();
+        // The rest of the document must be well-formed too.
+        while (status_ > 0)
+            read();
+        if (status_ < 0)
+            return Outcome::xml_failure;
+        return is_codeset ? Outcome::done : Outcome::wrong_root;
+    }
+
+    // FALSE with the error set when the contents are not a codeset.
+    bool finish()
+    {
+        xmlDoc *doc = aside_doc_.get();
+        codeset_->name = ov_xml_parse_required_langstr(doc, aside_, "name", TRUE);
+        if (codeset_->name == nullptr ||
+            !ov_xml_parse_langstr(&codeset_->author, doc, aside_, "author", TRUE) ||
+            !ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(
+                &codeset_->version, doc, aside_, "version"))
+            return false;
+        if (!remarks_error_.empty()) {
+            ov_error_set(remarks_error_.c_str());
+            return false;
+        }
+        if (remarks_.empty()) {
+            ov_error_set("Missing remarks.");
+            return false;
+        }
+        // The remarks in code order, as ov_remark_list_add_remark_sorted
+        // would link them one by one: a stable sort, since equal codes keep
+        // their order there (and duplicates were refused anyway).
+        // Sorted by keys made once per code; their order is that of the
+        // cascade's first and loosest test, so only ties go to the whole
+        // cascade.
+        std::vector<std::pair<std::string, OvRemark *>> sorted;
+        sorted.reserve(remarks_.size());
+        for (OvRemark *remark : remarks_)
+            sorted.emplace_back(strnatzerocase_key(remark->code), remark);
+        remarks_.clear();
+        auto in_order = [](const auto &a, const auto &b) {
+            const int keys = a.first.compare(b.first);
+            return keys != 0 ? keys < 0 : ov_remark_compare_codes(a.second->code, b.second->code) < 0;
+        };
+        if (!std::is_sorted(sorted.begin(), sorted.end(), in_order))
+            std::stable_sort(sorted.begin(), sorted.end(), in_order);
+        for (const auto &[key, remark] : sorted)
+            ov_remark_list_add_remark_last(codeset_->remarks, remark);
+        return true;
+    }
+
+  private:
+    bool read() { return (status_ = xmlTextReaderRead(reader_)) == 1; }
+    bool next() { return (status_ = xmlTextReaderNext(reader_)) == 1; }
+
+    void read_children()
+    {
+        if (xmlTextReaderIsEmptyElement(reader_)) {
+            read();
+            return;
+        }
+        const int depth = xmlTextReaderDepth(reader_);
+        read();
+        while (status_ == 1 && xmlTextReaderDepth(reader_) > depth) {
+            if (xmlTextReaderNodeType(reader_) != XML_READER_TYPE_ELEMENT) {
+                read();
+                continue;
+            }
+            const auto *name = reinterpret_cast<const char *>(xmlTextReaderConstLocalName(reader_));
+            if (std::strcmp(name, "remark") == 0)
+                read_remark();
+            else if (std::strcmp(name, "name") == 0 || std::strcmp(name, "author") == 0 ||
+                     std::strcmp(name, "version") == 0)
+                copy_aside();
+            else
+                next();
+        }
+    }
+
+    void copy_aside()
+    {
+        xmlNode *node = xmlTextReaderExpand(reader_);
+        if (node == nullptr) {
+            status_ = -1;
+            return;
+        }
+        xmlAddChild(aside_, xmlDocCopyNode(node, aside_doc_.get(), 1));
+        next();
+    }
+
+    // Remarks after the first failure are not read.
+    void read_remark()
+    {
+        if (!remarks_error_.empty()) {
+            next();
+            return;
+        }
+        xmlNode *node = xmlTextReaderExpand(reader_);
+        if (node == nullptr) {
+            status_ = -1;
+            return;
+        }
+        OvRemark *remark = ov_xml_parse_remark(node->doc, node);
+        if (remark == nullptr) {
+            remarks_error_ = ov_error_get();
+        } else if (!codes_.insert(remark->code).second) {
+            ov_remark_destroy(remark);
+            remarks_error_ = "Duplicate remark codes.";
+        } else {
+            remarks_.push_back(remark);
+        }
+        next();
+    }
+
+    xmlTextReader *reader_;
+    OvCodeset *codeset_;
+    ov::XmlDocPtr aside_doc_;
+    xmlNode *aside_;
+    int status_ = 1;
+    std::vector<OvRemark *> remarks_;
+    // Codes seen so far, pointing into the remarks.
+    std::unordered_set<std::string_view> codes_;
+    std::string remarks_error_;
+};
 
 bool write_codeset(FILE *stream, const OvCodeset *codeset)
 {
@@ -102,22 +213,40 @@ bool write_codeset(FILE *stream, const OvCodeset *codeset)
 OvCodeset *ov_codeset_io_read_from_file(const char *path)
 {
     g_return_val_if_fail(path != nullptr, nullptr);
-    ov::XmlDocPtr document(ov_xml_parse_file(path));
-    if (!document) {
+    ov::FilePtr file(ov_fs_utils_open_file(path, "rb"));
+    if (!file) {
         ov_error_append("Error loading codeset file.");
         return nullptr;
     }
-    xmlNode *root = ov_xml_get_root_element(document.get());
-    if (root == nullptr) {
+    ov::XmlMessageCollector messages;
+    ov::XmlEntityFence fence(path);
+    // Entities substituted, external DTDs loaded, never from the network.
+    TextReaderPtr reader(xmlReaderForFd(fileno(file.get()), nullptr, nullptr,
+                                        XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
+    CodesetPtr codeset(ov_codeset_new());
+    CodesetReader codeset_reader(reader.get(), codeset.get());
+    const auto outcome = reader ? codeset_reader.run() : CodesetReader::Outcome::xml_failure;
+    if (!fence.check()) {
+        ov_error_append("Could not parse XML data.");
+        ov_error_append("Error loading codeset file.");
+        return nullptr;
+    }
+    switch (outcome) {
+    case CodesetReader::Outcome::xml_failure:
+        messages.report_file_failure(path);
+        ov_error_append("Error loading codeset file.");
+        return nullptr;
+    case CodesetReader::Outcome::no_root:
+        ov_error_set("Missing root element in XML tree.");
         ov_error_append("Invalid codeset file.");
         return nullptr;
-    }
-    if (!ov_xml_node_has_name(root, "codeset")) {
+    case CodesetReader::Outcome::wrong_root:
         ov_error_set("Not a codeset file.");
         return nullptr;
+    case CodesetReader::Outcome::done:
+        break;
     }
-    CodesetPtr codeset(ov_codeset_new());
-    if (!read_codeset(codeset.get(), document.get(), root)) {
+    if (!codeset_reader.finish()) {
         ov_error_append("Error parsing codeset file.");
         return nullptr;
     }

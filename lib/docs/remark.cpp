@@ -7,6 +7,7 @@
 #include "lang/langstr_xml.h"
 
 #include <cstring>
+#include <map>
 #include <string_view>
 #include <unordered_map>
 
@@ -38,6 +39,50 @@ FirstByCode index_first_by_code(const OvRemarkList *list)
             index.try_emplace(remark->code, remark);
     return index;
 }
+
+struct CodeOrder {
+    bool operator()(const char *a, const char *b) const { return ov_remark_compare_codes(a, b) < 0; }
+};
+
+// Places remarks where ov_remark_list_add_remark_sorted puts them, without
+// a walk per remark. A remark goes before the first one with a greater
+// code; that one is greater than all before it, so it is among the
+// "records" (remarks whose code is greater than every earlier code), which
+// grow along the list and are found by a search. A remark placed before a
+// record becomes a record itself unless an equal code came first.
+class SortedPlaces
+{
+  public:
+    explicit SortedPlaces(OvRemarkList *list) : list_(list)
+    {
+        for (OvRemark *remark : *list)
+            note_last(remark);
+    }
+
+    void insert(OvRemark *remark)
+    {
+        if (!has_code(remark)) {
+            ov::list_insert_before(remark, list_->tail);
+            note_last(remark);
+            return;
+        }
+        auto greater = records_.upper_bound(remark->code);
+        ov::list_insert_before(remark, greater != records_.end() ? greater->second : list_->tail);
+        records_.emplace(remark->code, remark);
+    }
+
+  private:
+    // For a remark at the end of the list.
+    void note_last(OvRemark *remark)
+    {
+        if (remark->code != nullptr &&
+            (records_.empty() || ov_remark_compare_codes(records_.rbegin()->first, remark->code) < 0))
+            records_.emplace(remark->code, remark);
+    }
+
+    OvRemarkList *list_;
+    std::map<const char *, OvRemark *, CodeOrder> records_;
+};
 
 } // namespace
 
@@ -143,6 +188,17 @@ void ov_remark_list_add_remark_sorted(OvRemarkList *list, OvRemark *remark)
     ov::list_insert_before(remark, position);
 }
 
+void ov_remark_list_add_remarks_sorted(OvRemarkList *list, OvRemarkList *source)
+{
+    g_return_if_fail(list != nullptr && source != nullptr && list != source);
+    SortedPlaces places(list);
+    while (!source->is_empty()) {
+        OvRemark *remark = source->first();
+        ov::list_unlink(remark);
+        places.insert(remark);
+    }
+}
+
 void ov_remark_list_copy_remarks(OvRemarkList *destination, const OvRemarkList *source)
 {
     g_return_if_fail(destination != nullptr && source != nullptr);
@@ -225,13 +281,31 @@ void ov_remark_list_merge_remark(OvRemarkList *list, const OvRemark *remark)
         ov_remark_list_add_remark_sorted(list, ov_remark_clone(remark));
 }
 
+void ov_remark_list_merge_remarks(OvRemarkList *list, const OvRemarkList *other)
+{
+    g_return_if_fail(list != nullptr && other != nullptr && list != other);
+    FirstByCode first = index_first_by_code(list);
+    SortedPlaces places(list);
+    for (const OvRemark *remark : *other) {
+        auto found = remark->code != nullptr ? first.find(remark->code) : first.end();
+        if (found != first.end()) {
+            ov_langstr_merge(&const_cast<OvRemark *>(found->second)->description, remark->description);
+            continue;
+        }
+        OvRemark *copy = ov_remark_clone(remark);
+        places.insert(copy);
+        if (copy->code != nullptr)
+            first.emplace(copy->code, copy);
+    }
+}
+
 // The remark element
 
 OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node)
 {
     g_return_val_if_fail(document != nullptr && node != nullptr, nullptr);
     ov::GStr code;
-    langstr *description = nullptr;
+    ov::LangstrBuilder description;
     bool failed = false;
 
     for (xmlNode *child = node->children; child != nullptr && !failed; child = child->next) {
@@ -249,22 +323,20 @@ OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node)
                 failed = true;
             }
         } else if (ov_xml_node_has_name(child, "description")) {
-            if (!ov_xml_parse_langstr_translation(&description, document, child, FALSE, TRUE))
+            if (!ov_xml_parse_langstr_translation_into(description, document, child, FALSE, TRUE))
                 failed = true;
         }
     }
 
     // A missing part outranks every message of the loop.
-    if (!code || description == nullptr) {
+    if (!code || description.is_empty()) {
         ov_error_set("Missing remark content in XML data.");
         failed = true;
     }
-    if (failed) {
-        ov_langstr_free(description);
+    if (failed)
         return nullptr;
-    }
     OvRemark *remark = ov_remark_new();
     remark->code = code.release();
-    remark->description = description;
+    remark->description = description.release();
     return remark;
 }

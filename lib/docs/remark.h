@@ -48,6 +48,9 @@ void ov_remark_list_add_remark_last(OvRemarkList *list, OvRemark *remark);
 // Before the first remark whose code compares greater; equal codes keep
 // their insertion order; a remark without a code goes last.
 void ov_remark_list_add_remark_sorted(OvRemarkList *list, OvRemark *remark);
+// Moves every remark of source into list, in source order, each where
+// ov_remark_list_add_remark_sorted would put it; in n log n time.
+void ov_remark_list_add_remarks_sorted(OvRemarkList *list, OvRemarkList *source);
 // Appends clones of every source remark, in order, without sorting.
 void ov_remark_list_copy_remarks(OvRemarkList *destination, const OvRemarkList *source);
 // The first remark whose code equals code byte for byte, or null.
@@ -67,6 +70,9 @@ gboolean ov_remark_list_remarks_are_mergeable(const OvRemarkList *list, const Ov
 // clone sorted when there is none.
 void ov_remark_list_merge_remark(OvRemarkList *list, const OvRemark *remark);
 
+// ov_remark_list_merge_remark for every remark of other in turn, in n log n
+// time; other is another list.
+void ov_remark_list_merge_remarks(OvRemarkList *list, const OvRemarkList *other);
 // Reads a "remark" element: one "code" and one or more "description"
 // translations. Null with the reason on failure.
 OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node);

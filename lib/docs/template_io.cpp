@@ -105,29 +105,6 @@ bool parse_item(xmlDoc *doc, xmlNode *element, ov_text_sheet_block *block, Mode 
     return parse_text_field(doc, element, row, mode, "details-item-text", TRUE);
 }
 
-bool parse_block(xmlDoc *doc, xmlNode *element, ov_text_sheet_segment *segment, Mode mode)
-{
-    const LegacyNames &names = legacy_names(mode);
-    langstr *header = nullptr;
-    if (!ov_xml_parse_langstr(&header, doc, element, "header", TRUE))
-        return false;
-    if (header == nullptr && !ov_xml_parse_langstr(&header, doc, element, names.group_header, TRUE))
-        return false;
-    ov_text_sheet_block *block = ov_text_sheet_block_new(nullptr);
-    block->header = header;
-    ov_text_sheet_segment_add_block(segment, block);
-    for (xmlNode *child = element->children; child != nullptr; child = child->next) {
-        if (is_element(child, names.item)) {
-            if (!parse_item(doc, child, block, mode))
-                return false;
-        } else if (is_element(child, "row")) {
-            if (!parse_row(doc, child, block, mode))
-                return false;
-        }
-    }
-    return true;
-}
-
 bool parse_codesets(xmlNode *element, ov_template *tmpl)
 {
     for (xmlNode *child = element->children; child != nullptr; child = child->next) {
@@ -150,21 +127,25 @@ bool is_block_name(const xmlChar *name, Mode mode)
            std::strcmp(text, legacy_names(mode).group) == 0;
 }
 
-// The template file is read as a stream: only one block's elements (and the
+// The template file is read as a stream: only one row's elements (and the
 // few name and header elements of the containers around it) exist as a
 // libxml2 tree at any time, so reading needs little more memory than the
-// template itself. Each block is expanded into a tree and read with the tree
-// functions above; the names and headers of the containers are copied aside
-// and read when their container ends.
+// template itself whatever its shape. Each row is expanded into a tree and
+// read with the tree functions above; the names and headers of the
+// containers are copied aside and read when their container ends.
 //
 // The outcome is that of reading the whole tree in document order: a
 // malformed file fails as XML whatever it contains; otherwise a container's
 // own name or header fails before its children, and the first failing child
 // counts.
+//
+// For a list of templates only the heading (name, author, version) is
+// wanted: then reading stops at the first other element after the name.
 class TemplateReader
 {
   public:
-    TemplateReader(xmlTextReader *reader, ov_template *tmpl) : reader_(reader), tmpl_(tmpl)
+    TemplateReader(xmlTextReader *reader, ov_template *tmpl, bool heading_only = false)
+        : reader_(reader), tmpl_(tmpl), heading_only_(heading_only)
     {
         aside_doc_.reset(xmlNewDoc(BAD_CAST "1.0"));
     }
@@ -190,7 +171,7 @@ class TemplateReader
             next();
         }
         // The rest of the document must be well-formed too.
-        while (status_ > 0)
+        while (status_ > 0 && !stopped_)
             read();
         if (status_ < 0)
             return Outcome::xml_failure;
@@ -224,7 +205,7 @@ class TemplateReader
         }
         const int depth = xmlTextReaderDepth(reader_);
         read();
-        while (status_ == 1) {
+        while (status_ == 1 && !stopped_) {
             if (xmlTextReaderDepth(reader_) <= depth) {
                 read();
                 return;
@@ -271,13 +252,44 @@ class TemplateReader
     {
         for_each_child([&](const xmlChar *name) {
             if (is_block_name(name, mode))
-                parse_expanded(
-                    first, [&](xmlDoc *doc, xmlNode *node) { return parse_block(doc, node, segment, mode); });
+                read_block(segment, mode, first);
             else if (aside != nullptr && xmlStrcmp(name, BAD_CAST "header") == 0)
                 copy_aside(aside);
             else
                 next();
         });
+    }
+
+    // A block's rows one at a time; its header is read at its end.
+    void read_block(ov_text_sheet_segment *segment, Mode mode, std::string &first)
+    {
+        const LegacyNames &names = legacy_names(mode);
+        ov_text_sheet_block *block = ov_text_sheet_block_new(nullptr);
+        ov_text_sheet_segment_add_block(segment, block);
+        xmlNode *aside = new_aside();
+        std::string rows_error;
+        for_each_child([&](const xmlChar *name) {
+            if (xmlStrcmp(name, BAD_CAST "row") == 0)
+                parse_expanded(rows_error,
+                               [&](xmlDoc *doc, xmlNode *node) { return parse_row(doc, node, block, mode); });
+            else if (xmlStrcmp(name, BAD_CAST names.item) == 0)
+                parse_expanded(rows_error, [&](xmlDoc *doc, xmlNode *node) {
+                    return parse_item(doc, node, block, mode);
+                });
+            else if (xmlStrcmp(name, BAD_CAST "header") == 0 ||
+                     xmlStrcmp(name, BAD_CAST names.group_header) == 0)
+                copy_aside(aside);
+            else
+                next();
+        });
+        xmlDoc *doc = aside_doc_.get();
+        if (!ov_xml_parse_langstr(&block->header, doc, aside, "header", TRUE) ||
+            (block->header == nullptr &&
+             !ov_xml_parse_langstr(&block->header, doc, aside, names.group_header, TRUE)))
+            fail(first);
+        else if (!rows_error.empty() && first.empty())
+            first = rows_error;
+        xmlFreeNode(aside);
     }
 
     void read_segment(ov_template_report_type *report_type, std::string &first)
@@ -336,7 +348,12 @@ class TemplateReader
         if (std::strcmp(text, "name") == 0 || std::strcmp(text, "author") == 0 ||
             std::strcmp(text, "version") == 0)
             copy_aside(aside);
-        else if (std::strcmp(text, "codesets") == 0)
+        else if (heading_only_) {
+            if (ov_xml_node_has_child_node_with_name(aside, "name"))
+                stopped_ = true;
+            else
+                next();
+        } else if (std::strcmp(text, "codesets") == 0)
             parse_expanded(children_error_,
                            [&](xmlDoc *, xmlNode *node) { return parse_codesets(node, tmpl_); });
         else if (std::strcmp(text, "details") == 0)
@@ -359,12 +376,14 @@ class TemplateReader
             fail(error_);
         else if (!children_error_.empty())
             error_ = children_error_;
-        else if (tmpl_->report_types.is_empty())
+        else if (tmpl_->report_types.is_empty() && !heading_only_)
             error_ = "Missing report types.";
     }
 
     xmlTextReader *reader_;
     ov_template *tmpl_;
+    bool heading_only_;
+    bool stopped_ = false;
     ov::XmlDocPtr aside_doc_;
     int status_ = 1;
     std::string children_error_;
@@ -473,23 +492,33 @@ bool write_template(FILE *stream, const ov_template *tmpl)
 
 } // namespace
 
-ov_template *ov_template_io_read_from_file(const char *path)
+namespace
 {
-    g_return_val_if_fail(path != nullptr, nullptr);
+
+// Reads the template at path (only its heading when asked).
+ov_template *read_template(const char *path, bool heading_only)
+{
     ov::FilePtr file(ov_fs_utils_open_file(path, "rb"));
     if (!file) {
         ov_error_append("Error loading template file.");
         return nullptr;
     }
     ov::XmlMessageCollector messages;
+    ov::XmlEntityFence fence(path);
     // Entities substituted, external DTDs loaded, never from the network.
     TextReaderPtr reader(xmlReaderForFd(fileno(file.get()), nullptr, nullptr,
                                         XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
     TemplatePtr tmpl(ov_template_new());
-    TemplateReader template_reader(reader.get(), tmpl.get());
-    switch (reader ? template_reader.run() : TemplateReader::Outcome::xml_failure) {
+    TemplateReader template_reader(reader.get(), tmpl.get(), heading_only);
+    const auto outcome = reader ? template_reader.run() : TemplateReader::Outcome::xml_failure;
+    if (!fence.check()) {
+        ov_error_append("Could not parse XML data.");
+        ov_error_append("Error loading template file.");
+        return nullptr;
+    }
+    switch (outcome) {
     case TemplateReader::Outcome::xml_failure:
-        messages.report_failure("Could not parse XML data.");
+        messages.report_file_failure(path);
         ov_error_append("Error loading template file.");
         return nullptr;
     case TemplateReader::Outcome::no_root:
@@ -510,6 +539,14 @@ ov_template *ov_template_io_read_from_file(const char *path)
     return tmpl.release();
 }
 
+} // namespace
+
+ov_template *ov_template_io_read_from_file(const char *path)
+{
+    g_return_val_if_fail(path != nullptr, nullptr);
+    return read_template(path, false);
+}
+
 gboolean ov_template_io_write_to_file(const ov_template *tmpl, const char *path)
 {
     g_return_val_if_fail(tmpl != nullptr && path != nullptr, FALSE);
@@ -520,7 +557,7 @@ gboolean ov_template_io_write_to_file(const ov_template *tmpl, const char *path)
 gchar *ov_template_io_format_ui_string(const char *path)
 {
     g_return_val_if_fail(path != nullptr, nullptr);
-    TemplatePtr tmpl(ov_template_io_read_from_file(path));
+    TemplatePtr tmpl(read_template(path, true));
     if (!tmpl)
         return nullptr;
     GString *text = g_string_new(ov_langstr_get_text(tmpl->name, nullptr));

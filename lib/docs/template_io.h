@@ -19,6 +19,8 @@ ov_template *ov_template_io_read_from_file(const char *path);
 gboolean ov_template_io_write_to_file(const ov_template *tmpl, const char *path);
 
 // "name (author) version" in UTF-8, or null when the file cannot be read.
+// Reads only the heading: up to the first element after the name that is
+// not the author or version.
 gchar *ov_template_io_format_ui_string(const char *path);
 
 // Every "*.template" file of the folder (the extension compared ASCII

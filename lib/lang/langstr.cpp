@@ -1,6 +1,10 @@
 #include "lang/langstr.h"
 
 #include <cstring>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include "lang/active_locale.h"
 
@@ -230,4 +234,93 @@ gboolean ov_langstr_merge(langstr **reference_to_a, const langstr *b)
         if (ov_langstr_set_translation(reference_to_a, b->locale, b->text))
             changed = TRUE;
     return changed;
+}
+
+// The builder walks the chain like ov_langstr_set_translation while it is
+// short; past that it keeps the translation of each defined locale, the
+// undefined translation of each text (there is at most one) and how many
+// translations have each text.
+namespace
+{
+constexpr gsize builder_walk_limit = 8;
+}
+
+struct ov::LangstrBuilder::Index {
+    std::unordered_map<const OvLocale *, langstr *> by_locale;
+    std::unordered_map<std::string_view, langstr *> undefined_by_text;
+    // Owns its keys: a counted text may outlive the translation it came from.
+    std::unordered_map<std::string, gsize> text_count;
+
+    void add(langstr *translation)
+    {
+        if (ov_locale_is_undefined(translation->locale))
+            undefined_by_text.emplace(translation->text, translation);
+        else
+            by_locale.emplace(translation->locale, translation);
+        ++text_count[translation->text];
+    }
+
+    void forget_text(const char *text)
+    {
+        auto found = text_count.find(text);
+        if (--found->second == 0)
+            text_count.erase(found);
+    }
+};
+
+ov::LangstrBuilder::LangstrBuilder() = default;
+
+ov::LangstrBuilder::~LangstrBuilder()
+{
+    ov_langstr_free(head_);
+}
+
+langstr *ov::LangstrBuilder::release()
+{
+    index_.reset();
+    tail_ = &head_;
+    return std::exchange(head_, nullptr);
+}
+
+gboolean ov::LangstrBuilder::set_translation(const OvLocale *locale, const char *text)
+{
+    g_return_val_if_fail(locale != nullptr && text != nullptr, FALSE);
+    if (index_ == nullptr) {
+        const gboolean changed = ov_langstr_set_translation(&head_, locale, text);
+        gsize count = 0;
+        for (tail_ = &head_; *tail_ != nullptr; tail_ = &(*tail_)->next)
+            ++count;
+        if (count > builder_walk_limit) {
+            index_ = std::make_unique<Index>();
+            for (langstr *walk = head_; walk != nullptr; walk = walk->next)
+                index_->add(walk);
+        }
+        return changed;
+    }
+    Index &index = *index_;
+    if (ov_locale_is_undefined(locale)) {
+        if (index.text_count.contains(text))
+            return FALSE;
+    } else if (auto found = index.by_locale.find(locale); found != index.by_locale.end()) {
+        langstr *existing = found->second;
+        if (same_text(existing->text, text))
+            return FALSE;
+        index.forget_text(existing->text);
+        char *replaced = std::exchange(existing->text, g_strdup(text));
+        g_free(replaced);
+        ++index.text_count[existing->text];
+        return TRUE;
+    } else if (auto undefined = index.undefined_by_text.find(text);
+               undefined != index.undefined_by_text.end()) {
+        langstr *relabelled = undefined->second;
+        index.undefined_by_text.erase(undefined);
+        relabelled->locale = locale;
+        index.by_locale.emplace(locale, relabelled);
+        return TRUE;
+    }
+    langstr *added = translation_new(locale, text);
+    *tail_ = added;
+    tail_ = &added->next;
+    index.add(added);
+    return TRUE;
 }

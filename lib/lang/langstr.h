@@ -9,6 +9,8 @@
 
 #include "lang/locale.h"
 
+#include <memory>
+
 struct langstr {
     const OvLocale *locale;
     char *text; // Latin-1, owned, never null once set
@@ -48,3 +50,32 @@ gboolean ov_langstr_is_subset(const langstr *a, const langstr *b);
 gboolean ov_langstr_is_mergeable(const langstr *a, const langstr *b);
 // Sets every translation of b into a when mergeable; TRUE if a changed.
 gboolean ov_langstr_merge(langstr **reference_to_a, const langstr *b);
+
+namespace ov
+{
+
+// Builds a multilingual string translation by translation, with the outcome
+// of ov_langstr_set_translation called for each in turn, but in time that
+// does not grow with the number of translations already added (readers
+// meet texts with thousands of them). Owns what it built until release().
+class LangstrBuilder
+{
+  public:
+    LangstrBuilder();
+    LangstrBuilder(const LangstrBuilder &) = delete;
+    LangstrBuilder &operator=(const LangstrBuilder &) = delete;
+    ~LangstrBuilder();
+
+    // As ov_langstr_set_translation; TRUE when the string changed.
+    gboolean set_translation(const OvLocale *locale, const char *text);
+    bool is_empty() const { return head_ == nullptr; }
+    langstr *release();
+
+  private:
+    struct Index;
+    langstr *head_ = nullptr;
+    langstr **tail_ = &head_;
+    std::unique_ptr<Index> index_; // made once the chain is long
+};
+
+} // namespace ov

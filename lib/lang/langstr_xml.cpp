@@ -17,22 +17,11 @@ bool is_element_named(const xmlNode *node, const char *name)
            xmlStrcmp(node->name, reinterpret_cast<const xmlChar *>(name)) == 0;
 }
 
-// Owns a multilingual string under construction until it is handed out.
-struct LangstrPtr {
-    langstr *ls = nullptr;
-    LangstrPtr() = default;
-    LangstrPtr(const LangstrPtr &) = delete;
-    LangstrPtr &operator=(const LangstrPtr &) = delete;
-    ~LangstrPtr() { ov_langstr_free(ls); }
-    langstr *release() { return std::exchange(ls, nullptr); }
-};
-
-} // namespace
-
-gboolean ov_xml_parse_langstr_translation(langstr **ls, xmlDoc *document, xmlNode *element,
-                                          gboolean refuse_empty_tag, gboolean compact)
+// One element's translation, read and checked; set hands it on.
+template <class Set>
+gboolean read_translation(xmlDoc *document, xmlNode *element, gboolean refuse_empty_tag, gboolean compact,
+                          Set set)
 {
-    g_return_val_if_fail(ls != nullptr && element != nullptr, FALSE);
     ov::GStr raw_tag(ov_xml_get_required_attribute_value_as_ascii(element, "lang"));
     if (raw_tag == nullptr)
         return FALSE;
@@ -56,8 +45,28 @@ gboolean ov_xml_parse_langstr_translation(langstr **ls, xmlDoc *document, xmlNod
         ov_error_set("Empty text content in XML where not allowed.");
         return FALSE;
     }
-    ov_langstr_set_translation(ls, locale, text);
+    set(locale, text);
     return TRUE;
+}
+
+} // namespace
+
+gboolean ov_xml_parse_langstr_translation(langstr **ls, xmlDoc *document, xmlNode *element,
+                                          gboolean refuse_empty_tag, gboolean compact)
+{
+    g_return_val_if_fail(ls != nullptr && element != nullptr, FALSE);
+    return read_translation(
+        document, element, refuse_empty_tag, compact,
+        [&](const OvLocale *locale, const char *text) { ov_langstr_set_translation(ls, locale, text); });
+}
+
+gboolean ov_xml_parse_langstr_translation_into(ov::LangstrBuilder &built, xmlDoc *document, xmlNode *element,
+                                               gboolean refuse_empty_tag, gboolean compact)
+{
+    g_return_val_if_fail(element != nullptr, FALSE);
+    return read_translation(
+        document, element, refuse_empty_tag, compact,
+        [&](const OvLocale *locale, const char *text) { built.set_translation(locale, text); });
 }
 
 gboolean ov_xml_parse_langstr(langstr **out, xmlDoc *document, xmlNode *node, const char *element_name,
@@ -66,10 +75,10 @@ gboolean ov_xml_parse_langstr(langstr **out, xmlDoc *document, xmlNode *node, co
     g_return_val_if_fail(out != nullptr, FALSE);
     *out = nullptr;
     g_return_val_if_fail(node != nullptr && element_name != nullptr, FALSE);
-    LangstrPtr built;
+    ov::LangstrBuilder built;
+    auto set = [&](const OvLocale *locale, const char *text) { built.set_translation(locale, text); };
     for (xmlNode *child = node->children; child != nullptr; child = child->next)
-        if (is_element_named(child, element_name) &&
-            !ov_xml_parse_langstr_translation(&built.ls, document, child, FALSE, compact))
+        if (is_element_named(child, element_name) && !read_translation(document, child, FALSE, compact, set))
             return FALSE;
     *out = built.release();
     return TRUE;

@@ -22,6 +22,9 @@ langstr *ov_xml_parse_required_langstr(xmlDoc *document, xmlNode *node, const ch
 // compactly, otherwise it is detabified (line feeds survive).
 gboolean ov_xml_parse_langstr_translation(langstr **ls, xmlDoc *document, xmlNode *element,
                                           gboolean refuse_empty_tag, gboolean compact);
+// As above, into a builder: for readers that collect many translations.
+gboolean ov_xml_parse_langstr_translation_into(ov::LangstrBuilder &built, xmlDoc *document, xmlNode *element,
+                                               gboolean refuse_empty_tag, gboolean compact);
 
 // Adds one child element per translation; null adds nothing.
 gboolean ov_xml_add_langstr(xmlNode *parent, const char *element_name, const langstr *ls);

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <unordered_map>
 
 #include "core/error.h"
 
@@ -185,9 +186,15 @@ const OvLocale *ov_locale_get_by_index(guint index)
 const OvLocale *ov_locale_get_by_tag(const char *tag)
 {
     g_return_val_if_fail(tag != nullptr, nullptr);
-    for (const OvLocale &locale : locales)
-        if (std::strcmp(tag, locale.tag) == 0)
-            return &locale;
+    // Readers look up a tag for every translation they meet.
+    static const std::unordered_map<std::string_view, const OvLocale *> by_tag = [] {
+        std::unordered_map<std::string_view, const OvLocale *> index;
+        for (const OvLocale &locale : locales)
+            index.emplace(locale.tag, &locale);
+        return index;
+    }();
+    if (auto found = by_tag.find(tag); found != by_tag.end())
+        return found->second;
     if (tag[0] == '\0')
         return &undefined_locale;
     ov_error_set("Unsupported locale tag.");

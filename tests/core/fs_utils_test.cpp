@@ -10,7 +10,9 @@
 #include "support/test_support.h"
 
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -75,6 +77,38 @@ TEST_F(FsUtilsTest, FailuresSayWhyAndKeepTheLastErrno)
     EXPECT_FALSE(file_exists(bad));
     EXPECT_EQ(ov_fs_utils_convert_glibfsenc_to_utf8("bad\xff"), nullptr);
     EXPECT_TRUE(g_str_has_prefix(ov_error_get(), "Could not convert filename to unicode.\n\nGError "));
+}
+
+// Opening for reading never waits on a FIFO or device: what is not a
+// regular file is refused with the reason, a directory with the system's.
+TEST_F(FsUtilsTest, ReadingRefusesWhatIsNotARegularFileWithoutBlocking)
+{
+    ASSERT_EQ(mkfifo(file("fifo").c_str(), 0600), 0);
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string socket_path = file("socket");
+    ASSERT_LT(socket_path.size(), sizeof address.sun_path);
+    std::strcpy(address.sun_path, socket_path.c_str());
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    const std::string not_regular = "Cannot open file.\n\nNot a regular file.";
+    const std::string is_directory = std::string("Cannot open file.\n\nError 21: ") + g_strerror(EISDIR);
+    const std::string no_device = std::string("Cannot open file.\n\nError 6: ") + g_strerror(ENXIO);
+    for (auto [path, mode, expected] : {std::tuple{file("fifo"), "rb", not_regular},
+                                        {file("fifo"), "r", not_regular},
+                                        {std::string("/dev/zero"), "rb", not_regular},
+                                        {dir.path(), "rb", is_directory},
+                                        {socket_path, "rb", no_device}}) {
+        EXPECT_EQ(ov_fs_utils_open_file(path.c_str(), mode), nullptr) << path;
+        EXPECT_EQ(ov_error_get(), expected) << path;
+    }
+    close(listener);
+    write_file(file("plain"), "abc");
+    ov::FilePtr plain(ov_fs_utils_open_file(file("plain").c_str(), "rb"));
+    ASSERT_TRUE(plain);
+    char buffer[4] = {};
+    EXPECT_EQ(fread(buffer, 1, 3, plain.get()), 3u);
+    EXPECT_STREQ(buffer, "abc");
 }
 
 TEST_F(FsUtilsTest, FilesAndFoldersAreCreatedDescribedRenamedAndDeleted)

@@ -242,9 +242,9 @@ TEST_F(Stream, PathCopiesReplaceFilesAndLeaveNoneHalfWritten)
     // Onto itself nothing happens; in particular it is not emptied first.
     EXPECT_EQ(result(ov_stream_copy_from_file_path_to_file_path(from.c_str(), from.c_str())), "ok");
     EXPECT_EQ(read_file(from), data);
-    // A missing source, a folder that opens but cannot be read.
+    // A missing source; a folder is refused when it is opened.
     for (auto [source, message] : {std::pair{folder.file("missing"), "Opening input file failed."},
-                                   {folder.path(), "File read error."}}) {
+                                   {folder.path(), "Opening input file failed."}}) {
         write_file(to, "old");
         EXPECT_EQ(result(ov_stream_copy_from_file_path_to_file_path(source.c_str(), to.c_str())), message);
         EXPECT_FALSE(file_exists(to));

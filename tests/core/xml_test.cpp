@@ -10,6 +10,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -124,12 +125,71 @@ TEST_F(XmlTest, ExternalEntityIsNeverFetchedFromTheNetwork)
         }
     });
     const std::string url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x";
-    EXPECT_NE(parse("<!DOCTYPE a [<!ENTITY x SYSTEM \"" + url + "\">]><a>&x;</a>"), nullptr) << error_text();
-    EXPECT_EQ(error_text(), "") << "the refused load's warning is dropped";
+    EXPECT_EQ(parse("<!DOCTYPE a [<!ENTITY x SYSTEM \"" + url + "\">]><a>&x;</a>"), nullptr);
+    EXPECT_EQ(error_text(),
+              "Could not parse XML data.\n\nExternal entity outside the document's folder refused: " + url);
     done = true;
     listener.join();
     close(fd);
     EXPECT_FALSE(contacted);
+}
+
+// External entities and DTDs come only from files in the document's folder;
+// whatever leads outside is refused and its content shows nowhere.
+TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
+{
+    TempDir outside;
+    const std::string secret = outside.file("secret");
+    write_file(secret, "SECRET");
+    write_file(outside.file("secret.dtd"), "<!ENTITY x \"SECRET\">");
+    write_file(dir_.file("beside.ent"), "beside");
+    write_file(dir_.file("beside.dtd"), "<!ENTITY x \"from the dtd\">");
+    ASSERT_EQ(symlink(secret.c_str(), dir_.file("link").c_str()), 0);
+    ASSERT_EQ(mkdir(dir_.file("sub").c_str(), 0755), 0);
+    write_file(dir_.file("sub/nested.ent"), "<!ENTITY x SYSTEM \"../beside.ent\">");
+    const std::string relative_secret = "../" + str(g_path_get_basename(outside.path().c_str())) + "/secret";
+    const xmlExternalEntityLoader loader = xmlGetExternalEntityLoader();
+    const struct {
+        std::string address;
+        bool parameter;
+        const char *expected; // null: refused
+    } cases[] = {
+        {"beside.ent", false, "beside"},
+        {dir_.file("beside.ent"), false, "beside"},
+        {"file://" + dir_.file("beside.ent"), false, "beside"},
+        {"beside.dtd", true, "from the dtd"},
+        {"sub/nested.ent", true, "beside"},
+        {secret, false, nullptr},
+        {"file://" + secret, false, nullptr},
+        {relative_secret, false, nullptr},
+        {"link", false, nullptr},
+        {"sub/../link", false, nullptr},
+        {outside.file("secret.dtd"), true, nullptr},
+        {"/dev/zero", false, nullptr},
+        {"ftp://127.0.0.1/x", false, nullptr},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.address);
+        const std::string declaration = c.parameter ? "<!ENTITY % p SYSTEM \"" + c.address + "\"> %p;"
+                                                    : "<!ENTITY x SYSTEM \"" + c.address + "\">";
+        xmlDoc *doc = parse("<!DOCTYPE a [" + declaration + "]><a>&x;</a>");
+        if (c.expected != nullptr) {
+            ASSERT_NE(doc, nullptr) << error_text();
+            EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, xmlDocGetRootElement(doc))), c.expected);
+        } else {
+            EXPECT_EQ(doc, nullptr);
+            EXPECT_EQ(error_text(),
+                      "Could not parse XML data.\n\nExternal entity outside the document's folder refused: " +
+                          c.address);
+        }
+        EXPECT_EQ(xmlGetExternalEntityLoader(), loader);
+    }
+    // The external subset the same.
+    EXPECT_EQ(parse("<!DOCTYPE a SYSTEM \"" + outside.file("secret.dtd") + "\"><a>&x;</a>"), nullptr);
+    EXPECT_EQ(error_text().find("SECRET"), std::string::npos);
+    xmlDoc *doc = parse("<!DOCTYPE a SYSTEM \"beside.dtd\"><a>&x;</a>");
+    ASSERT_NE(doc, nullptr) << error_text();
+    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, xmlDocGetRootElement(doc))), "from the dtd");
 }
 
 void remember(void *context, const char *format, ...)

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <csignal>
 #include <random>
@@ -155,6 +157,52 @@ TEST_F(Codeset, SubsetMergeableAndMerge)
     EXPECT_STREQ(ov_langstr_get_text(list->first()->description, swedish()), "ett");
 }
 
+// Sorting and merging whole lists give what one remark at a time gives,
+// whatever the order of the list they go into: equal codes, codes that
+// compare alike but differ, empty codes and remarks without a code.
+TEST_F(Codeset, WholeListInsertionAndMergeEqualOneAtATime)
+{
+    const char *pool[] = {"R1", "r1", "R01", "R2", "R10", "a", "A", "9", "09", "10", "", nullptr};
+    const char *texts[] = {"one", "uno", "ett"};
+    std::mt19937 random(14);
+    auto pick = [&](auto &from) { return from[random() % std::size(from)]; };
+    auto random_list = [&](int length, bool sorted) {
+        RemarkListPtr list(ov_remark_list_new());
+        for (int i = 0; i < length; ++i)
+            (sorted ? ov_remark_list_add_remark_sorted
+                    : ov_remark_list_add_remark_last)(list.get(), make_remark(pick(pool), pick(texts)));
+        return list;
+    };
+    auto clone = [](const OvRemarkList *list) {
+        RemarkListPtr copy(ov_remark_list_new());
+        ov_remark_list_copy_remarks(copy.get(), list);
+        return copy;
+    };
+    for (int round = 0; round < 400; ++round) {
+        SCOPED_TRACE(round);
+        RemarkListPtr base = random_list(random() % 12, round % 2 == 0);
+        RemarkListPtr others = random_list(random() % 12, false);
+
+        RemarkListPtr one_by_one = clone(base.get()), whole = clone(base.get()), moved = clone(others.get());
+        for (const OvRemark *remark : *others)
+            ov_remark_list_add_remark_sorted(one_by_one.get(), ov_remark_clone(remark));
+        ov_remark_list_add_remarks_sorted(whole.get(), moved.get());
+        EXPECT_TRUE(moved->is_empty());
+        EXPECT_EQ(describe(whole.get(), true), describe(one_by_one.get(), true));
+
+        one_by_one = clone(base.get());
+        whole = clone(base.get());
+        for (const OvRemark *remark : *others)
+            ov_remark_list_merge_remark(one_by_one.get(), remark);
+        ov_remark_list_merge_remarks(whole.get(), others.get());
+        ASSERT_EQ(ov::list_count(*whole), ov::list_count(*one_by_one));
+        for (auto a = whole->begin(), b = one_by_one->begin(); a != whole->end(); ++a, ++b) {
+            EXPECT_EQ(g_strcmp0((*a)->code, (*b)->code), 0);
+            EXPECT_TRUE(ov_langstr_is_identical((*a)->description, (*b)->description));
+        }
+    }
+}
+
 const std::string shipped = std::string(OV_SOURCE_DIR) + "/resources/install/codesets/";
 const std::string name_element = "<name lang=\"en-uk\">N</name>\n";
 const std::string description = "<description lang=\"sv\">b</description>";
@@ -258,7 +306,11 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         {"truncated", "<codeset>", L},
         {"deeply nested", deep, L + "depth"},
         {"huge text node", huge, L + "huge"},
+        {"every mismatch", "<codeset>\n<a></b>\n<c></d>\n</codeset>", L + "mismatch: c line 3 and d"},
+        {"malformed after a bad remark", with(remark_element(" ")) + "<junk", L + "parser error"},
         {"wrong root", "<template/>", "Not a codeset file."},
+        {"name after a bad remark", codeset_file(remark_element(" ") + name_element), missing},
+        {"no name, bad remark", codeset_file(remark_element(" ")), P + "Missing XML node: name"},
         {"no name", codeset_file(A), P + "Missing XML node: name"},
         {"no remarks", codeset_file(name_element), P + "Missing remarks."},
         {"two versions", with("<version>1</version><version>2</version>" + A),
@@ -292,6 +344,31 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
     }
     EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("missing.codeset").c_str()), nullptr);
     EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading codeset file.\n\nCannot open file."));
+    ASSERT_EQ(mkfifo(dir.file("fifo.codeset").c_str(), 0600), 0);
+    EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("fifo.codeset").c_str()), nullptr);
+    EXPECT_EQ(std::string(ov_error_get()),
+              "Error loading codeset file.\n\nCannot open file.\n\nNot a regular file.");
+
+    // Entities load only from beside the codeset.
+    TempDir outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("code.ent"), "K1");
+    for (const std::string &entity : {outside.file("secret"), std::string("code.ent")}) {
+        write_file(path, "<!DOCTYPE codeset [<!ENTITY x SYSTEM \"" + entity + "\">]><codeset>" +
+                             name_element + remark_element("&x;") + "</codeset>");
+        CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
+        if (entity == "code.ent") {
+            ASSERT_TRUE(codeset) << ov_error_get();
+            EXPECT_EQ(describe(codeset->remarks), "K1");
+        } else {
+            EXPECT_FALSE(codeset);
+            EXPECT_EQ(
+                std::string(ov_error_get()),
+                "Error loading codeset file.\n\nCould not parse XML data.\n\nExternal entity outside the "
+                "document's folder refused: " +
+                    entity);
+        }
+    }
 }
 
 TEST_F(Codeset, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)

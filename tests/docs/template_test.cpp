@@ -11,6 +11,7 @@
 
 #include <glib/gstdio.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <csignal>
@@ -126,6 +127,9 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
     std::string deep = "<template>", huge = "<template><name lang=\"sv\">" + std::string(11 << 20, 'x');
     for (int i = 0; i < 5000; ++i)
         deep += "<a>";
+    std::string mismatches;
+    for (int i = 0; i < 6; ++i)
+        mismatches += "<a></b>\n";
     const std::string P = "Error parsing template file.\n\n", node = P + "Missing XML node: ";
     const std::string L = "Error loading template file.\n\nCould not parse XML data.\n\n";
     const std::string latin1 = " content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.";
@@ -143,6 +147,10 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
         {"deeply nested", deep, L + "depth"},
         {"huge text node", huge + "</name></template>", L + "huge"},
         {"malformed after bad contents", file(N + bad_report) + "<junk", L + "parser error"},
+        // Parsing goes on after the first error, as whole-tree parsing does.
+        {"every mismatch", "<template>\n<a></b>\n<c></d>\n</template>", L + "mismatch: c line 3 and d"},
+        {"too many mismatches", "<template>\n" + mismatches + "</template>",
+         L + "(Error message truncated.)"},
         {"wrong root", "<codeset/>", "Not a template file."},
         {"no report types", file(N), P + "Missing report types."},
         {"no name", file(R), node + "name"},
@@ -170,6 +178,12 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
         {"name after a bad row", file(N + bad_report), node + "name"},
         {"segment header after a bad row",
          report("<segment><block><row/></block><header lang=\"xx\">H</header></segment>"), locale},
+        {"block header after a bad row",
+         report("<segment><block><row/><header lang=\"xx\">H</header></block></segment>"), locale},
+        {"legacy group header after a bad item",
+         file(N + "<condition><condition-group><condition-item/><condition-group-header lang=\"xx\">H"
+                  "</condition-group-header></condition-group></condition>"),
+         locale},
         {"version after bad children", file(bad_report + "<version/>" + N), no_text},
         {"first failing child", file(N + "<codesets><codeset/></codesets>" + bad_report), no_file_name},
     };
@@ -188,6 +202,35 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
     }
     EXPECT_EQ(ov_template_io_read_from_file(dir.file("missing.template").c_str()), nullptr);
     EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading template file.\n\nCannot open file."));
+
+    // What is not a regular file is refused without waiting for a writer.
+    ASSERT_EQ(mkfifo(dir.file("fifo.template").c_str(), 0600), 0);
+    for (const std::string &name : {dir.file("fifo.template"), dir.path()}) {
+        EXPECT_EQ(ov_template_io_read_from_file(name.c_str()), nullptr);
+        EXPECT_TRUE(
+            std::string(ov_error_get()).starts_with("Error loading template file.\n\nCannot open file."))
+            << ov_error_get();
+    }
+
+    // Entities load only from beside the template.
+    ov::test::TempDir outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("name.ent"), "Beside");
+    for (const std::string &entity : {outside.file("secret"), std::string("name.ent")}) {
+        write_file(path, "<!DOCTYPE template [<!ENTITY x SYSTEM \"" + entity + "\">]><template>" +
+                             "<name lang=\"sv\">&x;</name>" + R + "</template>");
+        TemplatePtr tmpl(ov_template_io_read_from_file(path.c_str()));
+        if (entity == "name.ent") {
+            ASSERT_TRUE(tmpl) << ov_error_get();
+            EXPECT_STREQ(ov_langstr_get_text(tmpl->name, nullptr), "Beside");
+        } else {
+            EXPECT_FALSE(tmpl);
+            EXPECT_EQ(std::string(ov_error_get()),
+                      "Error loading template file.\n\nCould not parse XML data.\n\nExternal entity outside "
+                      "the document's folder refused: " +
+                          entity);
+        }
+    }
 }
 
 TEST_F(TemplateTest, TranslationStatisticsCountEveryTextOnce)
@@ -215,11 +258,21 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
     write_file(dir.file("PAINTING.TEMPLATE"), painting);
     write_file(dir.file("notes.txt"), painting);
     write_file(dir.file("broken.template"), "<template>");
+    // Only the heading is read for the list: what follows far behind it is not.
+    write_file(dir.file("heading.template"), "<template><name lang=\"sv\">Rubrik</name><version>3</version>"
+                                             "<report-type>" +
+                                                 std::string(1 << 20, ' ') + "<junk></template>");
     g_mkdir(dir.file("folder.template").c_str(), 0700);
+    mkfifo(dir.file("fifo.template").c_str(), 0600);
     ov_template_list *list = ov_template_list_load_from_folder(dir.path().c_str());
-    ASSERT_EQ(ov::list_count(list->entries), 1u);
-    EXPECT_EQ(list->entries.first()->path, dir.file("PAINTING.TEMPLATE"));
-    EXPECT_STREQ(list->entries.first()->ui_string, "M\xC3\xA5lning (Konserveringsavdelningen) 1.2");
+    ASSERT_EQ(ov::list_count(list->entries), 2u);
+    std::vector<std::pair<std::string, std::string>> entries;
+    for (const auto *entry : list->entries)
+        entries.emplace_back(entry->path, entry->ui_string);
+    std::sort(entries.begin(), entries.end());
+    EXPECT_EQ(entries[0], std::pair(dir.file("PAINTING.TEMPLATE"),
+                                    std::string("M\xC3\xA5lning (Konserveringsavdelningen) 1.2")));
+    EXPECT_EQ(entries[1], std::pair(dir.file("heading.template"), std::string("Rubrik 3")));
     ov_template_list_destroy(list);
     list = ov_template_list_load_from_folder(dir.file("missing").c_str());
     EXPECT_TRUE(list->entries.is_empty());

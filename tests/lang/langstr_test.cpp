@@ -77,6 +77,31 @@ TEST(Langstr, SetAndRemoveTranslation)
     }
 }
 
+// The builder ends where translation-by-translation setting ends, past the
+// length where it starts to keep indexes: replaced texts, relabelled
+// undefined texts and refused repeats included.
+TEST(Langstr, BuilderGivesTheOutcomeOfSettingEachInTurn)
+{
+    const char *tags[] = {"", "", "", "sv", "da", "nb", "en-uk", "en-us", "de-de", "fi"};
+    GRand *random = g_rand_new_with_seed(14);
+    for (int round = 0; round < 300; ++round) {
+        langstr *expected = nullptr;
+        ov::LangstrBuilder built;
+        const int steps = g_rand_int_range(random, 1, 60), texts = g_rand_int_range(random, 2, 40);
+        for (int step = 0; step < steps; ++step) {
+            const OvLocale *tag = locale(tags[g_rand_int_range(random, 0, G_N_ELEMENTS(tags))]);
+            const std::string text = "t" + std::to_string(g_rand_int_range(random, 0, texts));
+            ASSERT_EQ(built.set_translation(tag, text.c_str()),
+                      ov_langstr_set_translation(&expected, tag, text.c_str()))
+                << round << " " << step;
+        }
+        LangstrPtr result(built.release());
+        EXPECT_EQ(describe(result.get()), describe(expected)) << round;
+        ov_langstr_free(expected);
+    }
+    g_rand_free(random);
+}
+
 TEST(Langstr, IdenticalSubsetMergeableAndMerge)
 {
     // An undefined translation matches its text in any locale and never conflicts.
