@@ -19,7 +19,7 @@
 #include "widgets/langstr_label.h"
 #include "widgets/langstr_window.h"
 
-#include <string_view>
+#include <string>
 
 namespace
 {
