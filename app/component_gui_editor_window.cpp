@@ -316,7 +316,13 @@ void ov_component_gui_editor_window_set_translation_stats(OvComponentGuiEditorWi
                                                           const OvTranslationStats *stats)
 {
     g_return_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window));
-    ov_locale_picker_set_translation_stats(OV_LOCALE_PICKER(window->picker), stats);
+    // The languages the document has come first in the picker's menu.
+    OvLocalePicker *picker = OV_LOCALE_PICKER(window->picker);
+    ov_locale_picker_clear_primary_locales(picker);
+    if (stats != nullptr)
+        for (const OvTranslationStatsLocale *record : stats->locales)
+            ov_locale_picker_insert_primary_locale(picker, record->locale);
+    ov_locale_picker_set_translation_stats(picker, stats);
 }
 
 GtkWidget *ov_component_gui_editor_window_get_locale_picker(OvComponentGuiEditorWindow *window)

@@ -981,7 +981,7 @@ static gboolean text_sheet_editor_button_press(GtkWidget *widget, GdkEventButton
 {
     if (event->type != GDK_BUTTON_PRESS || event->button != 1)
         return FALSE;
-    if (!gtk_widget_has_focus(widget))
+    if (!gtk_widget_is_focus(widget))
         gtk_widget_grab_focus(widget);
     return press_at(TEXT_SHEET_EDITOR(widget), int(event->x), int(event->y));
 }
@@ -1199,7 +1199,7 @@ gboolean text_sheet_editor_focus_untranslated(TextSheetEditor *editor, gboolean 
                            &field))
         return FALSE;
     focus_piece(editor, found, field);
-    if (!gtk_widget_has_focus(GTK_WIDGET(editor)))
+    if (!gtk_widget_is_focus(GTK_WIDGET(editor)))
         gtk_widget_grab_focus(GTK_WIDGET(editor));
     scroll_to_focus(editor);
     return TRUE;

@@ -39,7 +39,7 @@ void show_page_of(GtkWidget *widget)
 std::size_t current_editor(const std::vector<TextSheetEditor *> &editors, bool *from_focus)
 {
     for (std::size_t i = 0; i < editors.size(); ++i) {
-        if (gtk_widget_has_focus(GTK_WIDGET(editors[i]))) {
+        if (gtk_widget_is_focus(GTK_WIDGET(editors[i]))) {
             *from_focus = true;
             return i;
         }
