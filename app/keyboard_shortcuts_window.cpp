@@ -65,6 +65,14 @@ GtkWidget *ov_keyboard_shortcuts_window_new(GtkWindow *parent)
     }
     GtkWidget *window = GTK_WIDGET(g_object_new(GTK_TYPE_SHORTCUTS_WINDOW, "modal", FALSE, nullptr));
     gtk_window_set_title(GTK_WINDOW(window), "Keyboard shortcuts");
+    // The window's own header reads "Shortcuts" with a single section.
+    GtkWidget *bar = gtk_window_get_titlebar(GTK_WINDOW(window));
+    GtkWidget *titles =
+        GTK_IS_HEADER_BAR(bar) ? gtk_header_bar_get_custom_title(GTK_HEADER_BAR(bar)) : nullptr;
+    GtkWidget *label =
+        GTK_IS_STACK(titles) ? gtk_stack_get_child_by_name(GTK_STACK(titles), "title") : nullptr;
+    if (GTK_IS_LABEL(label))
+        gtk_label_set_text(GTK_LABEL(label), "Keyboard shortcuts");
     gtk_container_add(GTK_CONTAINER(window), section);
     if (parent != nullptr) {
         gtk_window_set_transient_for(GTK_WINDOW(window), parent);

@@ -481,13 +481,18 @@ std::pair<int, int> focus_band(TextSheetEditor *editor, std::size_t index)
     return {piece.y, piece.height};
 }
 
-// Scrolls as little as it takes to show the focused node.
+// How far the focus frame reaches beyond its node's band.
+constexpr int focus_margin = 5;
+
+// Scrolls as little as it takes to show the focused node with its frame.
 void scroll_to_focus(TextSheetEditor *editor)
 {
     const std::size_t index = focus_index(editor);
     if (index == SIZE_MAX || editor->vadjustment == nullptr)
         return;
-    const auto [y, height] = focus_band(editor, index);
+    auto [y, height] = focus_band(editor, index);
+    y = std::max(y - focus_margin, 0);
+    height += 2 * focus_margin;
     const double page = gtk_adjustment_get_page_size(editor->vadjustment);
     const double value = gtk_adjustment_get_value(editor->vadjustment);
     // A segment's title piece ends with its first block's title, but the
@@ -585,7 +590,11 @@ GdkRectangle focus_rectangle(TextSheetEditor *editor, std::size_t index)
         if (r.width > 0 && r.height > 0)
             return {r.x - 3, r.y - 2, r.width + 6, r.height + 4};
     }
-    return {2, piece.y - offset + 1, std::max(width - 4, 1), std::max(piece.height - 2, 1)};
+    // Around the rows' frames, which keep 25 pixels from either side (the
+    // theme draws the focus a few pixels inside the rectangle).
+    constexpr int inset = 16;
+    return {inset, piece.y - offset - focus_margin, std::max(width - 2 * inset, 1),
+            piece.height + 2 * focus_margin};
 }
 
 struct FocusedNodes {
