@@ -1,5 +1,6 @@
 #include "app/text_sheet_editor.h"
 
+#include "app/text_sheet_focus.h"
 #include "app/text_sheet_layout.h"
 #include "core/raii.h"
 #include "docs_gui/text_sheet_menu.h"
@@ -308,7 +309,7 @@ bool press_in_segment_header(TextSheetEditor *editor, ov_text_sheet_segment *seg
 // segment after its blocks.
 bool press_at(TextSheetEditor *editor, int x, int y)
 {
-    using Kind = TextSheetLayout::Kind;
+    using namespace text_sheet_focus;
     const TextSheetLayout &layout = editor->impl->layout;
     const auto [first, last] =
         layout.record_around(&editor->context, scroll_offset(editor), y, &editor->add_segments_rectangle);
@@ -347,68 +348,16 @@ bool press_at(TextSheetEditor *editor, int x, int y)
     return false;
 }
 
-// The keyboard focus. Focus positions follow the drawing order: "Add
-// segments" or the "Basic data" title, then each segment's title, each
-// block's title, each row followed by its fields. Each position but the
-// first two stands for one multilingual text: a header, a label or a field's
-// text.
+// The keyboard focus: one position (see text_sheet_focus.h), kept by its
+// node, the piece's index a hint checked before use.
 
-using Kind = TextSheetLayout::Kind;
-
-bool focusable(const TextSheetLayout &layout, const TextSheetLayout::Piece &piece)
-{
-    switch (piece.kind) {
-    case Kind::add_segments:
-    case Kind::basic_data_header:
-    case Kind::block_header:
-    case Kind::row:
-        return true;
-    case Kind::segment_header:
-        return !layout.is_basic_data();
-    default:
-        return false;
-    }
-}
-
-const void *node_of(const TextSheetLayout::Piece &piece)
-{
-    switch (piece.kind) {
-    case Kind::basic_data_header:
-    case Kind::segment_header:
-        return piece.segment;
-    case Kind::block_header:
-        return piece.block;
-    case Kind::row:
-        return piece.row;
-    default:
-        return nullptr;
-    }
-}
+using namespace text_sheet_focus;
 
 bool is_focus_piece(const Impl *impl, std::size_t index)
 {
     const auto &pieces = impl->layout.pieces();
     return index < pieces.size() && pieces[index].kind == impl->focus_kind &&
            node_of(pieces[index]) == impl->focus_node;
-}
-
-bool row_has_field(const ov_text_sheet_row *row, const ov_text_sheet_field *field)
-{
-    for (const ov_text_sheet_field *f : row->fields)
-        if (f == field)
-            return true;
-    return false;
-}
-
-// The nearest focusable piece from index in the direction step (+1 or -1),
-// index itself included; SIZE_MAX when there is none.
-std::size_t focusable_from(const TextSheetLayout &layout, std::size_t index, int step)
-{
-    const auto &pieces = layout.pieces();
-    for (std::size_t i = index; i < pieces.size(); i += std::size_t(std::ptrdiff_t(step)))
-        if (focusable(layout, pieces[i]))
-            return i;
-    return SIZE_MAX;
 }
 
 // The focused piece's index. After an edit the node is looked up again; a
@@ -597,29 +546,6 @@ GdkRectangle focus_rectangle(TextSheetEditor *editor, std::size_t index)
             piece.height + 2 * focus_margin};
 }
 
-struct FocusedNodes {
-    ov_text_sheet_segment *segment = nullptr;
-    ov_text_sheet_block *block = nullptr;
-    ov_text_sheet_row *row = nullptr;
-};
-
-// What the menu is opened for at the focused piece: the node's own level,
-// with the levels above it.
-FocusedNodes focused_nodes(const TextSheetLayout::Piece &piece)
-{
-    switch (piece.kind) {
-    case Kind::basic_data_header:
-    case Kind::segment_header:
-        return {piece.segment, nullptr, nullptr};
-    case Kind::block_header:
-        return {piece.segment, piece.block, nullptr};
-    case Kind::row:
-        return {piece.segment, piece.block, piece.row};
-    default:
-        return {};
-    }
-}
-
 // Changes made through the menu's entries: the layout follows as after the
 // menu itself.
 gboolean after_edit(TextSheetEditor *editor, gboolean changed)
@@ -788,72 +714,6 @@ void insert_at_focus(TextSheetEditor *editor)
                        {impl->layout.pieces()[impl->focus_piece].segment,
                         const_cast<ov_text_sheet_block *>(block), block->rows.first()},
                        OV_TEXT_SHEET_MENU_ADD_ROW_ABOVE);
-    }
-}
-
-// Whether the position's text lacks a text of its own in the active
-// language (its status symbol is yellow); positions without a text never do.
-bool untranslated(const langstr *text)
-{
-    return text != nullptr && ov_langstr_get_text_for_locale_or_language(text, nullptr) == nullptr;
-}
-
-const langstr *text_at(const TextSheetLayout::Piece &piece, const ov_text_sheet_field *field)
-{
-    if (field != nullptr)
-        return field->text;
-    switch (piece.kind) {
-    case Kind::segment_header:
-        return piece.segment->header;
-    case Kind::block_header:
-        return piece.block->header;
-    case Kind::row:
-        return piece.row->header;
-    default:
-        return nullptr;
-    }
-}
-
-// The first untranslated position after (or before) the given one; start
-// SIZE_MAX searches the whole page from its start (or end).
-bool find_untranslated(const TextSheetLayout &layout, std::size_t start,
-                       const ov_text_sheet_field *start_field, bool forward, std::size_t *found,
-                       ov_text_sheet_field **found_field)
-{
-    const auto &pieces = layout.pieces();
-    if (pieces.empty())
-        return false;
-    // Positions of one piece in order: the piece, then its fields.
-    auto check_piece = [&](std::size_t i, const ov_text_sheet_field *after, bool skip_piece) {
-        const auto &piece = pieces[i];
-        if (!focusable(layout, piece))
-            return false;
-        std::vector<ov_text_sheet_field *> positions{nullptr};
-        if (piece.kind == Kind::row)
-            for (ov_text_sheet_field *f : piece.row->fields)
-                positions.push_back(f);
-        if (!forward)
-            std::reverse(positions.begin(), positions.end());
-        bool passed = !skip_piece;
-        for (ov_text_sheet_field *f : positions) {
-            if (passed && untranslated(text_at(piece, f))) {
-                *found = i;
-                *found_field = f;
-                return true;
-            }
-            if (!passed && f == after)
-                passed = true;
-        }
-        return false;
-    };
-    const bool whole = start == SIZE_MAX;
-    std::size_t i = whole ? (forward ? 0 : pieces.size() - 1) : start;
-    for (bool first = !whole;; first = false) {
-        if (check_piece(i, start_field, first))
-            return true;
-        if (forward ? i + 1 >= pieces.size() : i == 0)
-            return false;
-        i = forward ? i + 1 : i - 1;
     }
 }
 
