@@ -456,6 +456,22 @@ void scroll_to_focus(TextSheetEditor *editor)
     gtk_widget_queue_draw(GTK_WIDGET(editor));
 }
 
+void focus_in_view(TextSheetEditor *editor)
+{
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX)
+        return;
+    const TextSheetLayout &layout = editor->impl->layout;
+    const auto &piece = layout.pieces()[index];
+    const int top = scroll_offset(editor);
+    const int bottom = top + gtk_widget_get_allocated_height(GTK_WIDGET(editor));
+    if (piece.y >= top && piece.y + piece.height <= bottom)
+        return;
+    const std::size_t first = focusable_from(layout, layout.piece_at(top), 1);
+    if (first != SIZE_MAX && layout.pieces()[first].y < bottom)
+        focus_piece(editor, first);
+}
+
 // One position on, through the rows' fields.
 void move_focus(TextSheetEditor *editor, int step)
 {
@@ -930,8 +946,10 @@ static gboolean text_sheet_editor_key_press(GtkWidget *widget, GdkEventKey *even
 static gboolean text_sheet_editor_focus_in(GtkWidget *widget, GdkEventFocus *)
 {
     auto *editor = TEXT_SHEET_EDITOR(widget);
+    // The view stays where it is: a focused node scrolled out of view gives
+    // way to the first node in view.
     if (editor->impl != nullptr)
-        scroll_to_focus(editor);
+        focus_in_view(editor);
     gtk_widget_queue_draw(widget);
     return FALSE;
 }

@@ -140,6 +140,25 @@ TEST_F(SheetKeys, TheViewScrollsToKeepTheFocusVisible)
     sheet.key(GDK_KEY_Page_Down);
     EXPECT_TRUE(sheet.focus_visible()) << sheet.at();
     EXPECT_NE(sheet.at(), "r27");
+
+    // Scrolled away from the focus, a click on a menu icon moves the focus
+    // there and the view stays.
+    ov_text_sheet_block *block = tmpl->report_types.first()->segments.first()->blocks.first();
+    for (ov_text_sheet_row *row : block->rows)
+        row->hit_area.menu = {}; // only what is drawn next counts
+    gtk_adjustment_set_value(sheet.vadjustment(), 3000);
+    wait_ms(100);
+    const ov_text_sheet_row *clicked = nullptr;
+    for (const ov_text_sheet_row *row : block->rows)
+        if (clicked == nullptr && row->hit_area.menu.y > 100 && row->hit_area.menu.y < 300)
+            clicked = row;
+    ASSERT_NE(clicked, nullptr);
+    Script script;
+    script.when_menu([] { dismiss_menu(); });
+    click_at(sheet.editor, clicked->hit_area.menu.x + 4, clicked->hit_area.menu.y + 4);
+    finish(script);
+    EXPECT_EQ(sheet.at(), name_of(clicked->header));
+    EXPECT_EQ(gtk_adjustment_get_value(sheet.vadjustment()), 3000);
 }
 
 TEST_F(SheetKeys, MenuKeysOpenTheFocusedNodesMenu)
