@@ -1,10 +1,13 @@
 #include "app/component_gui_editor_window.h"
 
+#include "app/keyboard_shortcuts_window.h"
+#include "app/untranslated_walk.h"
 #include "core/fs_utils.h"
 #include "core/raii.h"
 #include "frame/message.h"
 #include "gui/gui.h"
 #include "gui/menu.h"
+#include "lang/active_locale.h"
 #include "widgets/active_locale_picker.h"
 
 #include <utility>
@@ -19,6 +22,9 @@ struct _OvComponentGuiEditorWindow {
     gulong file_menu_handler;
     gboolean save_key_down;
     gboolean close_key_down;
+    GtkWidget *picker;
+    GtkWidget *note;
+    guint note_timeout;
 };
 
 G_DEFINE_TYPE(OvComponentGuiEditorWindow, ov_component_gui_editor_window, GTK_TYPE_WINDOW)
@@ -64,6 +70,9 @@ void on_file_menu_clicked(GtkButton *button, gpointer data)
     case OV_COMPONENT_GUI_FILE_MENU_CLOSE:
         request_close(self);
         break;
+    case OV_COMPONENT_GUI_FILE_MENU_SHORTCUTS:
+        ov_keyboard_shortcuts_window_present(GTK_WINDOW(self));
+        break;
     default:
         break;
     }
@@ -82,12 +91,43 @@ char key_character(const GdkEventKey *event)
     return length == 1 ? text[0] : '\0';
 }
 
+gboolean hide_note(gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    self->note_timeout = 0;
+    gtk_label_set_text(GTK_LABEL(self->note), "");
+    return G_SOURCE_REMOVE;
+}
+
+// F8 and Shift+F8: the next or previous text without a translation.
+void walk_untranslated(OvComponentGuiEditorWindow *self, gboolean forward)
+{
+    if (ov_untranslated_walk(self->contents_container, forward)) {
+        g_clear_handle_id(&self->note_timeout, g_source_remove);
+        gtk_label_set_text(GTK_LABEL(self->note), "");
+        return;
+    }
+    const ov::GStr language = ov::gstr(ov_locale_format_ui_string(ov_ovinternal_get_active_locale()));
+    const ov::GStr text = ov::gstr(g_strdup_printf("Every text has a translation in %s.", language.get()));
+    ov_component_gui_editor_window_show_note(self, text.get());
+}
+
 // Only the shortcuts are taken: a plain "s" or "w" goes on to the entry
 // that has the focus.
 gboolean on_key_press(GtkWidget *, GdkEventKey *event, gpointer data)
 {
     auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
-    if ((event->state & ov_gui_menu_get_primary_accelerator_modifier()) == 0)
+    const gboolean primary = (event->state & ov_gui_menu_get_primary_accelerator_modifier()) != 0;
+    const guint modifiers = event->state & gtk_accelerator_get_default_mod_mask();
+    if (event->keyval == GDK_KEY_F8 && (modifiers & ~GDK_SHIFT_MASK) == 0) {
+        walk_untranslated(self, (modifiers & GDK_SHIFT_MASK) == 0);
+        return TRUE;
+    }
+    if (event->keyval == GDK_KEY_question && primary) {
+        ov_keyboard_shortcuts_window_present(GTK_WINDOW(self));
+        return TRUE;
+    }
+    if (!primary)
         return FALSE;
     switch (key_character(event)) {
     case 'w':
@@ -161,6 +201,7 @@ static void ov_component_gui_editor_window_destroy(GtkWidget *widget)
         g_clear_signal_handler(&self->file_menu_handler, self->file_menu_button);
     g_clear_object(&self->file_menu_button);
     g_clear_object(&self->contents_container);
+    g_clear_handle_id(&self->note_timeout, g_source_remove);
     GTK_WIDGET_CLASS(ov_component_gui_editor_window_parent_class)->destroy(widget);
 }
 
@@ -194,12 +235,22 @@ GtkWidget *ov_component_gui_editor_window_new(const char *program_title, const c
     self->file_menu_button = GTK_WIDGET(g_object_ref_sink(ov_gui_pack_menu_button(GTK_BOX(bar), "File")));
     self->file_menu_handler =
         g_signal_connect(self->file_menu_button, "clicked", G_CALLBACK(on_file_menu_clicked), self);
-    ov_gui_pack_hbox(GTK_BOX(bar), TRUE, FALSE);
+    // Short notes in the bar, such as the end of a walk through the
+    // untranslated texts.
+    GtkWidget *spacer = ov_gui_pack_hbox(GTK_BOX(bar), FALSE, FALSE);
+    gtk_widget_set_size_request(spacer, ov_gui_get_default_margin(), -1);
+    self->note = gtk_label_new("");
+    gtk_label_set_ellipsize(GTK_LABEL(self->note), PANGO_ELLIPSIZE_END);
+    gtk_label_set_xalign(GTK_LABEL(self->note), 0.0f);
+    gtk_widget_set_hexpand(self->note, TRUE);
+    gtk_widget_show(self->note);
+    gtk_box_pack_start(GTK_BOX(bar), self->note, TRUE, TRUE, 0);
     ov_gui_pack_label(GTK_BOX(bar), "Language:", 0.0f, 0.5f);
     GtkWidget *space = ov_gui_pack_hbox(GTK_BOX(bar), FALSE, FALSE);
     gtk_widget_set_size_request(space, ov_gui_get_default_margin(), -1);
     // Centred and kept from spreading its parts' expansion into the bar.
     GtkWidget *picker = ov_active_locale_picker_new();
+    self->picker = picker;
     gtk_widget_set_valign(picker, GTK_ALIGN_CENTER);
     gtk_widget_set_hexpand(picker, FALSE);
     gtk_widget_set_vexpand(picker, FALSE);
@@ -254,6 +305,44 @@ int ov_component_gui_file_menu_run(GtkWidget *anchor)
             GTK_MENU_SHELL(menu), item.label, GINT_TO_POINTER(item.number), 0, on_file_menu_item, &result);
         ov_gui_menu_set_item_label_accel(widget, item.key, primary);
     }
+    ov_gui_menu_append_separator(GTK_MENU_SHELL(menu));
+    GtkWidget *shortcuts = ov_gui_menu_append_item_with_activate_callback(
+        GTK_MENU_SHELL(menu), "Keyboard shortcuts", GINT_TO_POINTER(OV_COMPONENT_GUI_FILE_MENU_SHORTCUTS), 0,
+        on_file_menu_item, &result);
+    ov_gui_menu_set_item_label_accel(shortcuts, GDK_KEY_question, primary);
     ov_gui_menu_run_and_destroy(GTK_MENU(menu), anchor);
     return result;
+}
+
+void ov_component_gui_editor_window_set_translation_stats(OvComponentGuiEditorWindow *window,
+                                                          const OvTranslationStats *stats)
+{
+    g_return_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window));
+    // The languages the document has come first in the picker's menu.
+    OvLocalePicker *picker = OV_LOCALE_PICKER(window->picker);
+    ov_locale_picker_clear_primary_locales(picker);
+    if (stats != nullptr)
+        for (const OvTranslationStatsLocale *record : stats->locales)
+            ov_locale_picker_insert_primary_locale(picker, record->locale);
+    ov_locale_picker_set_translation_stats(picker, stats);
+}
+
+GtkWidget *ov_component_gui_editor_window_get_locale_picker(OvComponentGuiEditorWindow *window)
+{
+    g_return_val_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window), nullptr);
+    return window->picker;
+}
+
+void ov_component_gui_editor_window_show_note(OvComponentGuiEditorWindow *window, const char *text)
+{
+    g_return_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window) && text != nullptr);
+    gtk_label_set_text(GTK_LABEL(window->note), text);
+    g_clear_handle_id(&window->note_timeout, g_source_remove);
+    window->note_timeout = g_timeout_add_seconds(6, hide_note, window);
+}
+
+const char *ov_component_gui_editor_window_get_note(OvComponentGuiEditorWindow *window)
+{
+    g_return_val_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window), nullptr);
+    return gtk_label_get_text(GTK_LABEL(window->note));
 }

@@ -55,16 +55,23 @@ void show_error_buffer()
     ov_error_clear();
 }
 
+// The language picker's shares of translated texts follow every edit.
+void update_translation_stats(EditingState *self)
+{
+    const ov::Owned<OvTranslationStats, ov_translation_stats_destroy> stats(
+        ov_translation_stats_get_for_template(self->tmpl));
+    ov_component_gui_editor_window_set_translation_stats(self->window, stats.get());
+}
+
 void notify_modified(EditingState *self)
 {
     ov_component_gui_editor_window_notify_file_has_been_modified(self->window);
+    update_translation_stats(self);
 }
 
 void connect_notify_modified(EditingState *self, GtkWidget *widget)
 {
-    g_signal_connect_swapped(widget, "changed",
-                             G_CALLBACK(ov_component_gui_editor_window_notify_file_has_been_modified),
-                             self->window);
+    g_signal_connect_swapped(widget, "changed", G_CALLBACK(notify_modified), self);
 }
 
 // The report type a page edits; null on the basic data page.
@@ -394,6 +401,7 @@ void run_editing_window(const char *path)
         show_error_buffer();
         return;
     }
+    update_translation_stats(&self);
     add_action_box(&self);
     add_codeset_entry(&self, GTK_BOX(box));
     g_signal_connect(window, "save", G_CALLBACK(on_save), &self);

@@ -1,5 +1,6 @@
 #include "app/text_sheet_editor.h"
 
+#include "app/text_sheet_focus.h"
 #include "app/text_sheet_layout.h"
 #include "core/raii.h"
 #include "docs_gui/text_sheet_menu.h"
@@ -8,8 +9,10 @@
 #include "widgets/langstr_display.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace
 {
@@ -22,6 +25,12 @@ struct Impl {
     ov::SourceGuard measure_idle;
     ov::SourceGuard settle_idle;
     int menus_running = 0;
+    // The node with the keyboard focus: a piece of the layout (its index a
+    // hint checked against the node before use) and, in a row, a field.
+    TextSheetLayout::Kind focus_kind = TextSheetLayout::Kind::add_segments;
+    const void *focus_node = nullptr;
+    ov_text_sheet_field *focus_field = nullptr;
+    std::size_t focus_piece = SIZE_MAX;
 };
 
 } // namespace
@@ -230,6 +239,10 @@ gboolean run_menu(TextSheetEditor *editor, ov_text_sheet_segment *segment, ov_te
     return changed;
 }
 
+// Gives the keyboard focus to a node (defined with the keys below).
+void text_sheet_focus_set(TextSheetEditor *editor, TextSheetLayout::Kind kind, const void *node,
+                          ov_text_sheet_field *field = nullptr, std::size_t piece_hint = SIZE_MAX);
+
 bool hit(const ov_text_sheet_rect &rectangle, int x, int y)
 {
     return ov_gfx_text_sheet_rect_contains(&rectangle, x, y);
@@ -250,6 +263,7 @@ bool press_in_row(TextSheetEditor *editor, ov_text_sheet_segment *segment, ov_te
     }
     if (!hit(row->hit_area.menu, x, y))
         return false;
+    text_sheet_focus_set(editor, TextSheetLayout::Kind::row, row);
     // The menu may change any row of the block and its title column.
     block->hit_area.layout_stamp = 0;
     editor->context.highlighted_row = row;
@@ -269,6 +283,7 @@ bool press_in_block(TextSheetEditor *editor, ov_text_sheet_segment *segment, ov_
     }
     if (!hit(block->hit_area.menu, x, y))
         return false;
+    text_sheet_focus_set(editor, TextSheetLayout::Kind::block_header, block);
     block->hit_area.layout_stamp = 0;
     run_menu(editor, segment, block, nullptr);
     return true;
@@ -282,6 +297,7 @@ bool press_in_segment_header(TextSheetEditor *editor, ov_text_sheet_segment *seg
     }
     if (!hit(segment->hit_area.menu, x, y))
         return false;
+    text_sheet_focus_set(editor, TextSheetLayout::Kind::segment_header, segment);
     segment->hit_area.layout_stamp = 0;
     run_menu(editor, segment, nullptr, nullptr);
     return true;
@@ -293,12 +309,13 @@ bool press_in_segment_header(TextSheetEditor *editor, ov_text_sheet_segment *seg
 // segment after its blocks.
 bool press_at(TextSheetEditor *editor, int x, int y)
 {
-    using Kind = TextSheetLayout::Kind;
+    using namespace text_sheet_focus;
     const TextSheetLayout &layout = editor->impl->layout;
     const auto [first, last] =
         layout.record_around(&editor->context, scroll_offset(editor), y, &editor->add_segments_rectangle);
     const auto &pieces = layout.pieces();
     if (first == 0 && !layout.is_basic_data() && hit(editor->add_segments_rectangle, x, y)) {
+        text_sheet_focus_set(editor, Kind::add_segments, nullptr);
         run_menu(editor, nullptr, nullptr, nullptr);
         return true;
     }
@@ -329,6 +346,391 @@ bool press_at(TextSheetEditor *editor, int x, int y)
         i = end;
     }
     return false;
+}
+
+// The keyboard focus: one position (see text_sheet_focus.h), kept by its
+// node, the piece's index a hint checked before use.
+
+using namespace text_sheet_focus;
+
+bool is_focus_piece(const Impl *impl, std::size_t index)
+{
+    const auto &pieces = impl->layout.pieces();
+    return index < pieces.size() && pieces[index].kind == impl->focus_kind &&
+           node_of(pieces[index]) == impl->focus_node;
+}
+
+// The focused piece's index. After an edit the node is looked up again; a
+// node that is gone leaves the focus on what now takes its place.
+std::size_t focus_index(TextSheetEditor *editor)
+{
+    Impl *impl = editor->impl;
+    const TextSheetLayout &layout = impl->layout;
+    const auto &pieces = layout.pieces();
+    if (!is_focus_piece(impl, impl->focus_piece)) {
+        std::size_t found = SIZE_MAX;
+        if (impl->focus_piece != SIZE_MAX || impl->focus_node != nullptr)
+            for (std::size_t i = 0; i < pieces.size() && found == SIZE_MAX; ++i)
+                if (is_focus_piece(impl, i))
+                    found = i;
+        if (found == SIZE_MAX) {
+            const std::size_t near =
+                impl->focus_piece == SIZE_MAX ? 0 : std::min(impl->focus_piece, pieces.size() - 1);
+            found = focusable_from(layout, near, 1);
+            if (found == SIZE_MAX)
+                found = focusable_from(layout, near, -1);
+            impl->focus_field = nullptr;
+            if (found == SIZE_MAX)
+                return SIZE_MAX;
+            impl->focus_kind = pieces[found].kind;
+            impl->focus_node = node_of(pieces[found]);
+        }
+        impl->focus_piece = found;
+    }
+    if (impl->focus_field != nullptr &&
+        (impl->focus_kind != Kind::row ||
+         !row_has_field(static_cast<const ov_text_sheet_row *>(impl->focus_node), impl->focus_field)))
+        impl->focus_field = nullptr;
+    return impl->focus_piece;
+}
+
+void text_sheet_focus_set(TextSheetEditor *editor, Kind kind, const void *node, ov_text_sheet_field *field,
+                          std::size_t piece_hint)
+{
+    Impl *impl = editor->impl;
+    if (kind == Kind::segment_header && impl->layout.is_basic_data())
+        kind = Kind::basic_data_header;
+    impl->focus_kind = kind;
+    impl->focus_node = node;
+    impl->focus_field = field;
+    impl->focus_piece = piece_hint;
+    if (!is_focus_piece(impl, piece_hint))
+        impl->focus_piece = SIZE_MAX;
+    gtk_widget_queue_draw(GTK_WIDGET(editor));
+}
+
+void focus_piece(TextSheetEditor *editor, std::size_t index, ov_text_sheet_field *field = nullptr)
+{
+    const auto &piece = editor->impl->layout.pieces()[index];
+    text_sheet_focus_set(editor, piece.kind, node_of(piece), field, index);
+}
+
+// The focused piece's band in page coordinates, measured first so that it
+// is where it will be drawn.
+std::pair<int, int> focus_band(TextSheetEditor *editor, std::size_t index)
+{
+    TextSheetLayout &layout = editor->impl->layout;
+    if (gtk_widget_get_realized(GTK_WIDGET(editor))) {
+        const int y = layout.pieces()[index].y;
+        const int page = gtk_widget_get_allocated_height(GTK_WIDGET(editor));
+        if (layout.measure_range(&editor->context, y - page, y + page))
+            settle_content_height(editor);
+    }
+    const auto &piece = layout.pieces()[index];
+    return {piece.y, piece.height};
+}
+
+// How far the focus frame reaches beyond its node's band.
+constexpr int focus_margin = 5;
+
+// Scrolls as little as it takes to show the focused node with its frame.
+void scroll_to_focus(TextSheetEditor *editor)
+{
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX || editor->vadjustment == nullptr)
+        return;
+    auto [y, height] = focus_band(editor, index);
+    y = std::max(y - focus_margin, 0);
+    height += 2 * focus_margin;
+    const double page = gtk_adjustment_get_page_size(editor->vadjustment);
+    const double value = gtk_adjustment_get_value(editor->vadjustment);
+    // A segment's title piece ends with its first block's title, but the
+    // title itself is at its top: a band taller than the view shows its top.
+    double target = value;
+    if (y + height > value + page)
+        target = y + height - page;
+    if (y < target)
+        target = y;
+    if (target != value)
+        gtk_adjustment_set_value(editor->vadjustment, target);
+    gtk_widget_queue_draw(GTK_WIDGET(editor));
+}
+
+void focus_in_view(TextSheetEditor *editor)
+{
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX)
+        return;
+    const TextSheetLayout &layout = editor->impl->layout;
+    const auto &piece = layout.pieces()[index];
+    const int top = scroll_offset(editor);
+    const int bottom = top + gtk_widget_get_allocated_height(GTK_WIDGET(editor));
+    if (piece.y >= top && piece.y + piece.height <= bottom)
+        return;
+    const std::size_t first = focusable_from(layout, layout.piece_at(top), 1);
+    if (first != SIZE_MAX && layout.pieces()[first].y < bottom)
+        focus_piece(editor, first);
+}
+
+// One position on, through the rows' fields.
+void move_focus(TextSheetEditor *editor, int step)
+{
+    Impl *impl = editor->impl;
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX)
+        return;
+    const auto &pieces = impl->layout.pieces();
+    if (impl->focus_kind == Kind::row) {
+        auto *row = static_cast<ov_text_sheet_row *>(const_cast<void *>(impl->focus_node));
+        ov_text_sheet_field *field = impl->focus_field;
+        ov_text_sheet_field *next = nullptr;
+        if (step > 0)
+            next = field == nullptr ? row->fields.first()
+                                    : (field->next->next != nullptr ? field->next : nullptr);
+        else if (field != nullptr)
+            next = field->previous->previous != nullptr ? field->previous : nullptr;
+        if (next != nullptr || (step < 0 && field != nullptr)) {
+            impl->focus_field = next;
+            scroll_to_focus(editor);
+            return;
+        }
+    }
+    if (step < 0 && index == 0)
+        return;
+    const std::size_t to = focusable_from(impl->layout, index + std::size_t(std::ptrdiff_t(step)), step);
+    if (to == SIZE_MAX)
+        return;
+    ov_text_sheet_field *field = nullptr;
+    if (step < 0 && pieces[to].kind == Kind::row && !pieces[to].row->fields.is_empty())
+        field = pieces[to].row->fields.last();
+    focus_piece(editor, to, field);
+    scroll_to_focus(editor);
+}
+
+void focus_edge(TextSheetEditor *editor, bool end)
+{
+    const TextSheetLayout &layout = editor->impl->layout;
+    if (layout.pieces().empty())
+        return;
+    const std::size_t to =
+        end ? focusable_from(layout, layout.pieces().size() - 1, -1) : focusable_from(layout, 0, 1);
+    if (to == SIZE_MAX)
+        return;
+    ov_text_sheet_field *field = nullptr;
+    if (end && layout.pieces()[to].kind == Kind::row && !layout.pieces()[to].row->fields.is_empty())
+        field = layout.pieces()[to].row->fields.last();
+    focus_piece(editor, to, field);
+    scroll_to_focus(editor);
+}
+
+// A view's height on: the node at the same place a page further.
+void move_focus_by_page(TextSheetEditor *editor, int step)
+{
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX || editor->vadjustment == nullptr)
+        return;
+    const TextSheetLayout &layout = editor->impl->layout;
+    const int page = int(gtk_adjustment_get_page_size(editor->vadjustment));
+    const int y = layout.pieces()[index].y + step * std::max(page, 1);
+    std::size_t to = focusable_from(layout, std::min(layout.piece_at(y), layout.pieces().size() - 1), step);
+    if (to == SIZE_MAX)
+        to = focusable_from(layout, step > 0 ? layout.pieces().size() - 1 : 0, -step);
+    if (to == SIZE_MAX || to == index) {
+        focus_edge(editor, step > 0);
+        return;
+    }
+    focus_piece(editor, to);
+    scroll_to_focus(editor);
+}
+
+// The focused node's rectangle in widget coordinates: the field's own
+// rectangle as last drawn, else the node's band across the sheet.
+GdkRectangle focus_rectangle(TextSheetEditor *editor, std::size_t index)
+{
+    const auto &piece = editor->impl->layout.pieces()[index];
+    const int width = gtk_widget_get_allocated_width(GTK_WIDGET(editor));
+    const int offset = scroll_offset(editor);
+    if (const ov_text_sheet_field *field = editor->impl->focus_field; field != nullptr) {
+        const ov_text_sheet_rect &r = field->hit_area.field;
+        if (r.width > 0 && r.height > 0)
+            return {r.x - 3, r.y - 2, r.width + 6, r.height + 4};
+    }
+    // Around the rows' frames, which keep 25 pixels from either side (the
+    // theme draws the focus a few pixels inside the rectangle).
+    constexpr int inset = 16;
+    return {inset, piece.y - offset - focus_margin, std::max(width - 2 * inset, 1),
+            piece.height + 2 * focus_margin};
+}
+
+// Changes made through the menu's entries: the layout follows as after the
+// menu itself.
+gboolean after_edit(TextSheetEditor *editor, gboolean changed)
+{
+    Impl *impl = editor->impl;
+    if (changed) {
+        ov_gfx_text_cache_clear(impl->texts.get());
+        impl->layout.rebuild();
+        relayout(editor);
+        g_signal_emit(editor, signals[SIGNAL_CHANGED], 0);
+    }
+    scroll_to_focus(editor);
+    return changed;
+}
+
+GtkWindow *parent_window(TextSheetEditor *editor)
+{
+    GtkWidget *toplevel = gtk_widget_get_toplevel(GTK_WIDGET(editor));
+    return GTK_IS_WINDOW(toplevel) ? GTK_WINDOW(toplevel) : nullptr;
+}
+
+void open_menu_at_focus(TextSheetEditor *editor)
+{
+    Impl *impl = editor->impl;
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX)
+        return;
+    scroll_to_focus(editor);
+    const FocusedNodes n = focused_nodes(impl->layout.pieces()[index]);
+    const GdkRectangle rectangle = focus_rectangle(editor, index);
+    if (n.block != nullptr)
+        n.block->hit_area.layout_stamp = 0;
+    else if (n.segment != nullptr)
+        n.segment->hit_area.layout_stamp = 0;
+    editor->context.highlighted_row = n.row;
+    gtk_widget_queue_draw(GTK_WIDGET(editor));
+    ++impl->menus_running;
+    const gboolean changed =
+        ov_text_sheet_menu_run_at_rect(editor->tmpl, editor->report_type, n.segment, n.block, n.row,
+                                       GTK_WIDGET(editor), &rectangle, nullptr);
+    --impl->menus_running;
+    editor->context.highlighted_row = nullptr;
+    after_edit(editor, changed);
+}
+
+// Performs a menu entry on the nodes and keeps the focus on the node, or on
+// the node the entry added.
+void perform_on(TextSheetEditor *editor, const FocusedNodes &n, OvTextSheetMenuAction action)
+{
+    Impl *impl = editor->impl;
+    if (n.block != nullptr)
+        n.block->hit_area.layout_stamp = 0;
+    else if (n.segment != nullptr)
+        n.segment->hit_area.layout_stamp = 0;
+    ++impl->menus_running;
+    const gboolean changed = ov_text_sheet_menu_perform(editor->tmpl, editor->report_type, n.segment, n.block,
+                                                        n.row, action, parent_window(editor));
+    --impl->menus_running;
+    if (changed && action == OV_TEXT_SHEET_MENU_ADD_ROW_BELOW)
+        text_sheet_focus_set(editor, Kind::row, n.row->next);
+    else if (changed && action == OV_TEXT_SHEET_MENU_ADD_ROW_ABOVE)
+        text_sheet_focus_set(editor, Kind::row, n.row->previous);
+    else if (changed && action == OV_TEXT_SHEET_MENU_ADD_ROW)
+        text_sheet_focus_set(editor, Kind::row, n.block->rows.last());
+    else if (changed &&
+             (action == OV_TEXT_SHEET_MENU_DELETE_ROW || action == OV_TEXT_SHEET_MENU_DELETE_BLOCK ||
+              action == OV_TEXT_SHEET_MENU_DELETE_SEGMENT))
+        impl->focus_node = nullptr; // gone: what takes its place gets the focus
+    after_edit(editor, changed);
+}
+
+void perform_at_focus(TextSheetEditor *editor, OvTextSheetMenuAction action)
+{
+    const std::size_t index = focus_index(editor);
+    if (index != SIZE_MAX)
+        perform_on(editor, focused_nodes(editor->impl->layout.pieces()[index]), action);
+}
+
+// Enter: the focused node's header, or the field's own text.
+void edit_at_focus(TextSheetEditor *editor)
+{
+    Impl *impl = editor->impl;
+    if (focus_index(editor) == SIZE_MAX)
+        return;
+    if (impl->focus_field != nullptr) {
+        impl->layout.pieces()[impl->focus_piece].block->hit_area.layout_stamp = 0;
+        ++impl->menus_running;
+        const gboolean changed = ov_text_sheet_menu_edit_field_text(impl->focus_field);
+        --impl->menus_running;
+        after_edit(editor, changed);
+        return;
+    }
+    switch (impl->focus_kind) {
+    case Kind::segment_header:
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_EDIT_SEGMENT_HEADER);
+        break;
+    case Kind::block_header:
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_EDIT_BLOCK_HEADER);
+        break;
+    case Kind::row:
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_EDIT_ROW_HEADER);
+        break;
+    default:
+        // Titles without a text of their own offer their menu.
+        open_menu_at_focus(editor);
+        break;
+    }
+}
+
+void move_at_focus(TextSheetEditor *editor, int step)
+{
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX)
+        return;
+    switch (editor->impl->focus_kind) {
+    case Kind::segment_header:
+        perform_at_focus(editor, step < 0 ? OV_TEXT_SHEET_MENU_MOVE_SEGMENT_UP
+                                          : OV_TEXT_SHEET_MENU_MOVE_SEGMENT_DOWN);
+        break;
+    case Kind::block_header:
+        perform_at_focus(editor,
+                         step < 0 ? OV_TEXT_SHEET_MENU_MOVE_BLOCK_UP : OV_TEXT_SHEET_MENU_MOVE_BLOCK_DOWN);
+        break;
+    case Kind::row:
+        perform_at_focus(editor,
+                         step < 0 ? OV_TEXT_SHEET_MENU_MOVE_ROW_UP : OV_TEXT_SHEET_MENU_MOVE_ROW_DOWN);
+        break;
+    default:
+        break;
+    }
+}
+
+void delete_at_focus(TextSheetEditor *editor)
+{
+    if (focus_index(editor) == SIZE_MAX)
+        return;
+    switch (editor->impl->focus_kind) {
+    case Kind::segment_header:
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_DELETE_SEGMENT);
+        break;
+    case Kind::block_header:
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_DELETE_BLOCK);
+        break;
+    case Kind::row:
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_DELETE_ROW);
+        break;
+    default:
+        break;
+    }
+}
+
+void insert_at_focus(TextSheetEditor *editor)
+{
+    if (focus_index(editor) == SIZE_MAX)
+        return;
+    const Impl *impl = editor->impl;
+    if (impl->focus_kind == Kind::row) {
+        perform_at_focus(editor, OV_TEXT_SHEET_MENU_ADD_ROW_BELOW);
+    } else if (impl->focus_kind == Kind::block_header) {
+        const auto *block = static_cast<const ov_text_sheet_block *>(impl->focus_node);
+        if (block->rows.is_empty())
+            perform_at_focus(editor, OV_TEXT_SHEET_MENU_ADD_ROW);
+        else
+            // A new first row: asked for at the block, added above its first row.
+            perform_on(editor,
+                       {impl->layout.pieces()[impl->focus_piece].segment,
+                        const_cast<ov_text_sheet_block *>(block), block->rows.first()},
+                       OV_TEXT_SHEET_MENU_ADD_ROW_ABOVE);
+    }
 }
 
 } // namespace
@@ -390,7 +792,8 @@ static void text_sheet_editor_realize(GtkWidget *widget)
     attributes.height = allocation.height;
     attributes.wclass = GDK_INPUT_OUTPUT;
     attributes.visual = gtk_widget_get_visual(widget);
-    attributes.event_mask = gtk_widget_get_events(widget) | GDK_EXPOSURE_MASK | GDK_BUTTON_PRESS_MASK;
+    attributes.event_mask = gtk_widget_get_events(widget) | GDK_EXPOSURE_MASK | GDK_BUTTON_PRESS_MASK |
+                            GDK_KEY_PRESS_MASK | GDK_FOCUS_CHANGE_MASK;
     GdkWindow *window = gdk_window_new(gtk_widget_get_parent_window(widget), &attributes,
                                        GDK_WA_X | GDK_WA_Y | GDK_WA_VISUAL);
     gtk_widget_register_window(widget, window);
@@ -450,6 +853,12 @@ static gboolean text_sheet_editor_draw(GtkWidget *widget, cairo_t *cr)
         impl->settle_idle.get() == 0)
         impl->settle_idle.reset(g_idle_add(settle_in_idle, editor));
     impl->layout.paint(&context, offset, clip.y, clip.y + clip.height, &editor->add_segments_rectangle);
+    if (gtk_widget_has_visible_focus(widget)) {
+        if (const std::size_t index = focus_index(editor); index != SIZE_MAX) {
+            const GdkRectangle r = focus_rectangle(editor, index);
+            gtk_render_focus(gtk_widget_get_style_context(widget), cr, r.x, r.y, r.width, r.height);
+        }
+    }
     return FALSE;
 }
 
@@ -457,7 +866,98 @@ static gboolean text_sheet_editor_button_press(GtkWidget *widget, GdkEventButton
 {
     if (event->type != GDK_BUTTON_PRESS || event->button != 1)
         return FALSE;
+    if (!gtk_widget_is_focus(widget))
+        gtk_widget_grab_focus(widget);
     return press_at(TEXT_SHEET_EDITOR(widget), int(event->x), int(event->y));
+}
+
+static gboolean text_sheet_editor_key_press(GtkWidget *widget, GdkEventKey *event)
+{
+    auto *editor = TEXT_SHEET_EDITOR(widget);
+    if (editor->impl == nullptr)
+        return FALSE;
+    const guint modifiers = event->state & gtk_accelerator_get_default_mod_mask();
+    const bool alt = modifiers == GDK_MOD1_MASK;
+    const bool shift = modifiers == GDK_SHIFT_MASK;
+    if (modifiers != 0 && !alt && !shift)
+        return FALSE;
+    switch (event->keyval) {
+    case GDK_KEY_Up:
+    case GDK_KEY_KP_Up:
+    case GDK_KEY_Down:
+    case GDK_KEY_KP_Down: {
+        const int step = event->keyval == GDK_KEY_Up || event->keyval == GDK_KEY_KP_Up ? -1 : 1;
+        if (alt)
+            move_at_focus(editor, step);
+        else if (modifiers == 0)
+            move_focus(editor, step);
+        else
+            return FALSE;
+        return TRUE;
+    }
+    case GDK_KEY_F10:
+        if (!shift)
+            return FALSE;
+        open_menu_at_focus(editor);
+        return TRUE;
+    default:
+        break;
+    }
+    if (modifiers != 0)
+        return FALSE;
+    switch (event->keyval) {
+    case GDK_KEY_Home:
+    case GDK_KEY_KP_Home:
+        focus_edge(editor, false);
+        return TRUE;
+    case GDK_KEY_End:
+    case GDK_KEY_KP_End:
+        focus_edge(editor, true);
+        return TRUE;
+    case GDK_KEY_Page_Up:
+    case GDK_KEY_KP_Page_Up:
+        move_focus_by_page(editor, -1);
+        return TRUE;
+    case GDK_KEY_Page_Down:
+    case GDK_KEY_KP_Page_Down:
+        move_focus_by_page(editor, 1);
+        return TRUE;
+    case GDK_KEY_Menu:
+        open_menu_at_focus(editor);
+        return TRUE;
+    case GDK_KEY_Return:
+    case GDK_KEY_KP_Enter:
+    case GDK_KEY_F2:
+        edit_at_focus(editor);
+        return TRUE;
+    case GDK_KEY_Delete:
+    case GDK_KEY_KP_Delete:
+        delete_at_focus(editor);
+        return TRUE;
+    case GDK_KEY_Insert:
+    case GDK_KEY_KP_Insert:
+        insert_at_focus(editor);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+static gboolean text_sheet_editor_focus_in(GtkWidget *widget, GdkEventFocus *)
+{
+    auto *editor = TEXT_SHEET_EDITOR(widget);
+    // The view stays where it is: a focused node scrolled out of view gives
+    // way to the first node in view.
+    if (editor->impl != nullptr)
+        focus_in_view(editor);
+    gtk_widget_queue_draw(widget);
+    return FALSE;
+}
+
+static gboolean text_sheet_editor_focus_out(GtkWidget *widget, GdkEventFocus *)
+{
+    gtk_widget_queue_draw(widget);
+    return FALSE;
 }
 
 static void text_sheet_editor_destroy(GtkWidget *widget)
@@ -495,6 +995,9 @@ static void text_sheet_editor_class_init(TextSheetEditorClass *klass)
     widget_class->get_preferred_height = text_sheet_editor_get_preferred_size;
     widget_class->draw = text_sheet_editor_draw;
     widget_class->button_press_event = text_sheet_editor_button_press;
+    widget_class->key_press_event = text_sheet_editor_key_press;
+    widget_class->focus_in_event = text_sheet_editor_focus_in;
+    widget_class->focus_out_event = text_sheet_editor_focus_out;
     g_object_class_override_property(object_class, PROP_HADJUSTMENT, "hadjustment");
     g_object_class_override_property(object_class, PROP_HSCROLL_POLICY, "hscroll-policy");
     g_object_class_override_property(object_class, PROP_VADJUSTMENT, "vadjustment");
@@ -506,6 +1009,7 @@ static void text_sheet_editor_class_init(TextSheetEditorClass *klass)
 static void text_sheet_editor_init(TextSheetEditor *editor)
 {
     gtk_widget_set_has_window(GTK_WIDGET(editor), TRUE);
+    gtk_widget_set_can_focus(GTK_WIDGET(editor), TRUE);
     editor->context.widget = GTK_WIDGET(editor);
     editor->context.width = -1;
     editor->context.record_rectangles = TRUE;
@@ -545,4 +1049,45 @@ ov_template_report_type *text_sheet_editor_get_report_type(TextSheetEditor *edit
 {
     g_return_val_if_fail(TEXT_SHEET_IS_EDITOR(editor), nullptr);
     return editor->report_type;
+}
+
+gboolean text_sheet_editor_get_focus(TextSheetEditor *editor, TextSheetEditorFocus *focus)
+{
+    g_return_val_if_fail(TEXT_SHEET_IS_EDITOR(editor) && focus != nullptr, FALSE);
+    *focus = {};
+    const std::size_t index = focus_index(editor);
+    if (index == SIZE_MAX)
+        return FALSE;
+    const auto &piece = editor->impl->layout.pieces()[index];
+    const FocusedNodes n = focused_nodes(piece);
+    focus->segment = n.segment;
+    focus->block = n.block;
+    focus->row = n.row;
+    focus->field = editor->impl->focus_field;
+    focus->text = text_at(piece, focus->field);
+    const GdkRectangle r = focus_rectangle(editor, index);
+    focus->rectangle = r;
+    return TRUE;
+}
+
+gboolean text_sheet_editor_focus_untranslated(TextSheetEditor *editor, gboolean forward, gboolean whole_page)
+{
+    g_return_val_if_fail(TEXT_SHEET_IS_EDITOR(editor), FALSE);
+    Impl *impl = editor->impl;
+    std::size_t start = SIZE_MAX;
+    if (!whole_page) {
+        start = focus_index(editor);
+        if (start == SIZE_MAX)
+            return FALSE;
+    }
+    std::size_t found = 0;
+    ov_text_sheet_field *field = nullptr;
+    if (!find_untranslated(impl->layout, start, whole_page ? nullptr : impl->focus_field, forward, &found,
+                           &field))
+        return FALSE;
+    focus_piece(editor, found, field);
+    if (!gtk_widget_is_focus(GTK_WIDGET(editor)))
+        gtk_widget_grab_focus(GTK_WIDGET(editor));
+    scroll_to_focus(editor);
+    return TRUE;
 }

@@ -326,12 +326,14 @@ void build_empty_space_menu(MenuBuilder &m)
 
 } // namespace
 
-gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_report_type *report_type,
-                                             ov_text_sheet_segment *segment, ov_text_sheet_block *block,
-                                             ov_text_sheet_row *row, GtkWindow *parent)
+namespace
 {
-    g_return_val_if_fail(tmpl != nullptr, FALSE);
-    g_return_val_if_fail(row == nullptr || block != nullptr, FALSE);
+
+// The menu for the most specific level given, shown by show.
+template <class Show>
+gboolean run_menu(ov_template *tmpl, ov_template_report_type *report_type, ov_text_sheet_segment *segment,
+                  ov_text_sheet_block *block, ov_text_sheet_row *row, GtkWindow *parent, Show show)
+{
     const bool basic_data = report_type == nullptr;
     if (basic_data && segment == nullptr)
         segment = tmpl->details;
@@ -347,6 +349,104 @@ gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_repo
         build_segment_menu(m, segment);
     else
         build_empty_space_menu(m);
-    ov_gui_menu_run_and_destroy(m.menu(), nullptr);
+    show(m.menu());
     return c.changed;
+}
+
+} // namespace
+
+gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_report_type *report_type,
+                                             ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                             ov_text_sheet_row *row, GtkWindow *parent)
+{
+    g_return_val_if_fail(tmpl != nullptr, FALSE);
+    g_return_val_if_fail(row == nullptr || block != nullptr, FALSE);
+    return run_menu(tmpl, report_type, segment, block, row, parent,
+                    [](GtkMenu *menu) { ov_gui_menu_run_and_destroy(menu, nullptr); });
+}
+
+gboolean ov_text_sheet_menu_run_at_rect(ov_template *tmpl, ov_template_report_type *report_type,
+                                        ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                        ov_text_sheet_row *row, GtkWidget *widget,
+                                        const GdkRectangle *rectangle, GtkWindow *parent)
+{
+    g_return_val_if_fail(tmpl != nullptr, FALSE);
+    g_return_val_if_fail(row == nullptr || block != nullptr, FALSE);
+    g_return_val_if_fail(GTK_IS_WIDGET(widget) && rectangle != nullptr, FALSE);
+    return run_menu(tmpl, report_type, segment, block, row, parent,
+                    [&](GtkMenu *menu) { ov_gui_menu_run_at_rect_and_destroy(menu, widget, rectangle); });
+}
+
+namespace
+{
+
+struct KeyedAction {
+    Action action;
+    int level; // 0 segment, 1 block, 2 row: the node it needs
+    // Offered only away from the first (-1) or last (1) place.
+    int place;
+};
+
+constexpr std::array<KeyedAction, 15> keyed_actions = {{
+    {EDIT_SEGMENT_HEADER, 0, 0},
+    {EDIT_BLOCK_HEADER, 1, 0},
+    {EDIT_ROW_HEADER, 2, 0},
+    {MOVE_SEGMENT_UP, 0, -1},
+    {MOVE_SEGMENT_DOWN, 0, 1},
+    {MOVE_BLOCK_UP, 1, -1},
+    {MOVE_BLOCK_DOWN, 1, 1},
+    {MOVE_ROW_UP, 2, -1},
+    {MOVE_ROW_DOWN, 2, 1},
+    {DELETE_SEGMENT, 0, 0},
+    {DELETE_BLOCK, 1, 0},
+    {DELETE_ROW, 2, 0},
+    {ADD_ROW, 1, 0},
+    {ADD_ROW_ABOVE, 2, 0},
+    {ADD_ROW_BELOW, 2, 0},
+}};
+
+template <class Node> bool offered_at(const Node *node, int place)
+{
+    return place == 0 || (place < 0 ? !is_first(node) : !is_last(node));
+}
+
+} // namespace
+
+gboolean ov_text_sheet_menu_perform(ov_template *tmpl, ov_template_report_type *report_type,
+                                    ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                    ov_text_sheet_row *row, OvTextSheetMenuAction action, GtkWindow *parent)
+{
+    g_return_val_if_fail(tmpl != nullptr, FALSE);
+    g_return_val_if_fail(action >= 0 && std::size_t(action) < keyed_actions.size(), FALSE);
+    const KeyedAction &keyed = keyed_actions[action];
+    const bool basic_data = report_type == nullptr;
+    if (basic_data && segment == nullptr)
+        segment = tmpl->details;
+    // The details segment has no segment entries at all.
+    switch (keyed.level) {
+    case 0:
+        if (segment == nullptr || (basic_data && segment == tmpl->details) ||
+            !offered_at(segment, keyed.place))
+            return FALSE;
+        break;
+    case 1:
+        if (block == nullptr || !offered_at(block, keyed.place))
+            return FALSE;
+        break;
+    default:
+        if (row == nullptr || block == nullptr || !offered_at(row, keyed.place))
+            return FALSE;
+    }
+    Context c = {tmpl, report_type, basic_data, segment, block, row, parent, FALSE};
+    return perform(c, keyed.action);
+}
+
+gboolean ov_text_sheet_menu_edit_field_text(ov_text_sheet_field *field)
+{
+    g_return_val_if_fail(field != nullptr, FALSE);
+    if (field->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX)
+        return ov_langstr_window_run(0, &field->text, nullptr, nullptr, 0, FALSE, "Edit checkbox",
+                                     "Enter checkbox label", nullptr, nullptr);
+    return ov_langstr_window_run(0, &field->text, nullptr, nullptr, 0, TRUE, "Edit text field", "Text",
+                                 nullptr, nullptr);
 }

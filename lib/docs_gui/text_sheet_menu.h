@@ -17,3 +17,39 @@
 gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_report_type *report_type,
                                              ov_text_sheet_segment *segment, ov_text_sheet_block *block,
                                              ov_text_sheet_row *row, GtkWindow *parent);
+
+// The same menu below a rectangle of the widget (in its window's
+// coordinates) with its first entry selected: the menu opened from the
+// keyboard for a node.
+gboolean ov_text_sheet_menu_run_at_rect(ov_template *tmpl, ov_template_report_type *report_type,
+                                        ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                        ov_text_sheet_row *row, GtkWidget *widget,
+                                        const GdkRectangle *rectangle, GtkWindow *parent);
+
+// Entries of the menu that keys reach directly.
+enum OvTextSheetMenuAction : int {
+    OV_TEXT_SHEET_MENU_EDIT_SEGMENT_HEADER,
+    OV_TEXT_SHEET_MENU_EDIT_BLOCK_HEADER,
+    OV_TEXT_SHEET_MENU_EDIT_ROW_HEADER,
+    OV_TEXT_SHEET_MENU_MOVE_SEGMENT_UP,
+    OV_TEXT_SHEET_MENU_MOVE_SEGMENT_DOWN,
+    OV_TEXT_SHEET_MENU_MOVE_BLOCK_UP,
+    OV_TEXT_SHEET_MENU_MOVE_BLOCK_DOWN,
+    OV_TEXT_SHEET_MENU_MOVE_ROW_UP,
+    OV_TEXT_SHEET_MENU_MOVE_ROW_DOWN,
+    OV_TEXT_SHEET_MENU_DELETE_SEGMENT,
+    OV_TEXT_SHEET_MENU_DELETE_BLOCK,
+    OV_TEXT_SHEET_MENU_DELETE_ROW,
+    OV_TEXT_SHEET_MENU_ADD_ROW,
+    OV_TEXT_SHEET_MENU_ADD_ROW_ABOVE,
+    OV_TEXT_SHEET_MENU_ADD_ROW_BELOW,
+};
+// Performs one entry on the node as the menu would, with the same dialogs
+// and questions, where the menu offers it (a move at the first or last
+// place does nothing); whether the template changed.
+gboolean ov_text_sheet_menu_perform(ov_template *tmpl, ov_template_report_type *report_type,
+                                    ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                    ov_text_sheet_row *row, OvTextSheetMenuAction action, GtkWindow *parent);
+// Edits a field's own text as the fields dialog does: a checkbox's label
+// (never empty) or a text field's pre-filled text; TRUE when confirmed.
+gboolean ov_text_sheet_menu_edit_field_text(ov_text_sheet_field *field);

@@ -170,6 +170,44 @@ GdkModifierType ov_gui_menu_get_primary_accelerator_modifier()
     return modifier;
 }
 
+namespace
+{
+
+// Runs a menu until it closes once pop_up has shown it, then destroys it.
+template <class PopUp> void run_popped_up_and_destroy(GtkMenu *menu, PopUp pop_up)
+{
+    g_object_ref_sink(menu);
+    GMainLoop *loop = g_main_loop_new(nullptr, FALSE);
+    ov::SignalGuard on_deactivate(menu, g_signal_connect(menu, "deactivate", G_CALLBACK(quit_loop), loop));
+    GdkEvent *event = trigger_event();
+    pop_up(event);
+    if (event != nullptr)
+        gdk_event_free(event);
+    if (gtk_widget_get_visible(GTK_WIDGET(menu)))
+        g_main_loop_run(loop);
+    on_deactivate.reset();
+    g_main_loop_unref(loop);
+    gtk_widget_destroy(GTK_WIDGET(menu));
+    g_object_unref(menu);
+}
+
+} // namespace
+
+void ov_gui_menu_run_at_rect_and_destroy(GtkMenu *menu, GtkWidget *widget, const GdkRectangle *rectangle)
+{
+    g_return_if_fail(GTK_IS_MENU(menu));
+    g_return_if_fail(GTK_IS_WIDGET(widget) && rectangle != nullptr);
+    run_popped_up_and_destroy(menu, [&](GdkEvent *event) {
+        GdkWindow *window = gtk_widget_get_window(widget);
+        if (window == nullptr)
+            return;
+        gtk_menu_popup_at_rect(menu, window, rectangle, GDK_GRAVITY_SOUTH_WEST, GDK_GRAVITY_NORTH_WEST,
+                               event);
+        // Opened from the keyboard, the first entry is ready for the arrows.
+        gtk_menu_shell_select_first(GTK_MENU_SHELL(menu), FALSE);
+    });
+}
+
 void ov_gui_menu_run_and_destroy(GtkMenu *menu, GtkWidget *anchor)
 {
     g_return_if_fail(GTK_IS_MENU(menu));

@@ -40,3 +40,6 @@ GdkModifierType ov_gui_menu_get_primary_accelerator_modifier();
 // without one), waits in a nested main loop until it closes, destroys it.
 // Item callbacks have run when this returns.
 void ov_gui_menu_run_and_destroy(GtkMenu *menu, GtkWidget *anchor);
+// The same below a rectangle in the coordinates of the widget's window, with
+// the first entry selected, as for a menu opened from the keyboard.
+void ov_gui_menu_run_at_rect_and_destroy(GtkMenu *menu, GtkWidget *widget, const GdkRectangle *rectangle);

@@ -81,8 +81,15 @@ TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
         activate_menu_item("Save");
     });
     click(file);
-    EXPECT_EQ(labels, "Close|Save");
+    EXPECT_EQ(labels, "Close|Save|-|Keyboard shortcuts");
     EXPECT_EQ(saves_, 1);
+    script.when_menu([] { activate_menu_item("Keyboard shortcuts"); });
+    click(file);
+    wait_until([] {
+        GtkWindow *top = top_window();
+        return top != nullptr && GTK_IS_SHORTCUTS_WINDOW(top) && gtk_widget_get_visible(GTK_WIDGET(top));
+    });
+    EXPECT_TRUE(window_shown("Keyboard shortcuts"));
     script.when_menu([] { activate_menu_item("Close"); });
     click(file);
     EXPECT_EQ(window_, nullptr);

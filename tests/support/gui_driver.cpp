@@ -296,6 +296,29 @@ void activate_menu_item(const char *path)
     flush_events();
 }
 
+void choose_menu_item_by_keys(const char *label)
+{
+    GtkMenu *menu = open_menu();
+    GtkWidget *item = menu != nullptr ? find_menu_item(menu, label) : nullptr;
+    if (item == nullptr || !gtk_widget_is_sensitive(item)) {
+        ADD_FAILURE() << "No sensitive menu item \"" << label
+                      << "\" in: " << (menu != nullptr ? menu_labels(menu) : "(no open menu)");
+        return;
+    }
+    GdkWindow *window = gtk_widget_get_window(gtk_widget_get_toplevel(GTK_WIDGET(menu)));
+    // Down passes over separators and insensitive items; the list wraps.
+    for (int presses = 0; gtk_menu_shell_get_selected_item(GTK_MENU_SHELL(menu)) != item; ++presses) {
+        if (presses > 64) {
+            ADD_FAILURE() << "Down never reaches \"" << label << "\"";
+            return;
+        }
+        send_key(window, GDK_KEY_Down);
+        flush_events();
+    }
+    send_key(window, GDK_KEY_Return);
+    flush_events();
+}
+
 void dismiss_menu()
 {
     GtkMenu *menu = open_menu();

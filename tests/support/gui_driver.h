@@ -42,6 +42,9 @@ GtkWidget *find_menu_item(GtkMenu *menu, const char *label);
 // along a path such as "All languages/Swedish/Finland". Fails the test when
 // the item is missing or insensitive.
 void activate_menu_item(const char *path);
+// Selects an item of the innermost open menu with Down and activates it
+// with Return, without a pointer event.
+void choose_menu_item_by_keys(const char *label);
 void dismiss_menu(); // Escape in the innermost open menu
 
 // Widgets inside root (internal children included), in the window's order.
