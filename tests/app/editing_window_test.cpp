@@ -395,7 +395,7 @@ TEST_F(EditingWindow, FollowsTheActiveLanguage)
         ov_text_sheet_segment *s1 = current_report_type(window)->segments.first();
         stamp_before = s1->hit_area.layout_stamp;
         answered(
-            [](Script &s) { s.when_menu([] { activate_menu_item("Swedish/Sweden"); }); },
+            [](Script &s) { s.when_menu([] { activate_menu_item("Swedish (Sweden) [30%]"); }); },
             [&] { click(find_widget(window, [](GtkWidget *w) { return OV_IS_ACTIVE_LOCALE_PICKER(w); })); });
         wait_ms(200);
         tabs = tab_texts(window);
