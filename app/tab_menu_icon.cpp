@@ -1,5 +1,7 @@
 #include "app/tab_menu_icon.h"
 
+#include "gui/gui.h"
+
 struct _TabMenuIcon {
     GtkWidget parent_instance;
 };
@@ -22,31 +24,12 @@ constexpr int bar_spacing = 4;
 // tab rather than the notebook.
 static void tab_menu_icon_realize(GtkWidget *widget)
 {
-    GtkAllocation allocation;
-    gtk_widget_get_allocation(widget, &allocation);
-    GdkWindowAttr attributes = {};
-    attributes.x = allocation.x;
-    attributes.y = allocation.y;
-    attributes.width = allocation.width;
-    attributes.height = allocation.height;
-    attributes.wclass = GDK_INPUT_OUTPUT;
-    attributes.window_type = GDK_WINDOW_CHILD;
-    attributes.visual = gtk_widget_get_visual(widget);
-    attributes.event_mask =
-        gtk_widget_get_events(widget) | GDK_EXPOSURE_MASK | GDK_BUTTON_PRESS_MASK | GDK_BUTTON_RELEASE_MASK;
-    GdkWindow *window = gdk_window_new(gtk_widget_get_parent_window(widget), &attributes,
-                                       GDK_WA_X | GDK_WA_Y | GDK_WA_VISUAL);
-    gtk_widget_register_window(widget, window);
-    gtk_widget_set_window(widget, window);
-    gtk_widget_set_realized(widget, TRUE);
+    ov_gui_realize_own_window(widget, GDK_BUTTON_PRESS_MASK | GDK_BUTTON_RELEASE_MASK);
 }
 
 static void tab_menu_icon_size_allocate(GtkWidget *widget, GtkAllocation *allocation)
 {
-    gtk_widget_set_allocation(widget, allocation);
-    if (gtk_widget_get_realized(widget))
-        gdk_window_move_resize(gtk_widget_get_window(widget), allocation->x, allocation->y, allocation->width,
-                               allocation->height);
+    ov_gui_allocate_own_window(widget, allocation);
 }
 
 static void tab_menu_icon_get_preferred_width(GtkWidget *, int *minimum, int *natural)

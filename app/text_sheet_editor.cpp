@@ -4,6 +4,7 @@
 #include "app/text_sheet_layout.h"
 #include "core/raii.h"
 #include "docs_gui/text_sheet_menu.h"
+#include "gui/gui.h"
 #include "lang/event_bus.h"
 #include "widgets/gfx_text.h"
 #include "widgets/langstr_display.h"
@@ -781,33 +782,14 @@ static void text_sheet_editor_set_property(GObject *object, guint id, const GVal
 
 static void text_sheet_editor_realize(GtkWidget *widget)
 {
-    GtkAllocation allocation;
-    gtk_widget_get_allocation(widget, &allocation);
-    gtk_widget_set_realized(widget, TRUE);
-    GdkWindowAttr attributes = {};
-    attributes.window_type = GDK_WINDOW_CHILD;
-    attributes.x = allocation.x;
-    attributes.y = allocation.y;
-    attributes.width = allocation.width;
-    attributes.height = allocation.height;
-    attributes.wclass = GDK_INPUT_OUTPUT;
-    attributes.visual = gtk_widget_get_visual(widget);
-    attributes.event_mask = gtk_widget_get_events(widget) | GDK_EXPOSURE_MASK | GDK_BUTTON_PRESS_MASK |
-                            GDK_KEY_PRESS_MASK | GDK_FOCUS_CHANGE_MASK;
-    GdkWindow *window = gdk_window_new(gtk_widget_get_parent_window(widget), &attributes,
-                                       GDK_WA_X | GDK_WA_Y | GDK_WA_VISUAL);
-    gtk_widget_register_window(widget, window);
-    gtk_widget_set_window(widget, window);
+    ov_gui_realize_own_window(widget, GDK_BUTTON_PRESS_MASK | GDK_KEY_PRESS_MASK | GDK_FOCUS_CHANGE_MASK);
     relayout(TEXT_SHEET_EDITOR(widget));
 }
 
 static void text_sheet_editor_size_allocate(GtkWidget *widget, GtkAllocation *allocation)
 {
     auto *editor = TEXT_SHEET_EDITOR(widget);
-    gtk_widget_set_allocation(widget, allocation);
-    if (gtk_widget_get_realized(widget))
-        gdk_window_move_resize(gtk_widget_get_window(widget), allocation->x, allocation->y, allocation->width,
-                               allocation->height);
+    ov_gui_allocate_own_window(widget, allocation);
     if (allocation->width != editor->context.width) {
         editor->context.width = allocation->width;
         editor->impl->layout.invalidate_all();

@@ -782,3 +782,31 @@ GtkWidget *ov_gui_pack_expander(GtkBox *box, gboolean expand, const char *label,
 {
     return packed(box, ov_gui_create_expander(label, expanded), expand);
 }
+
+void ov_gui_realize_own_window(GtkWidget *widget, int extra_events)
+{
+    GtkAllocation allocation;
+    gtk_widget_get_allocation(widget, &allocation);
+    GdkWindowAttr attributes = {};
+    attributes.window_type = GDK_WINDOW_CHILD;
+    attributes.x = allocation.x;
+    attributes.y = allocation.y;
+    attributes.width = allocation.width;
+    attributes.height = allocation.height;
+    attributes.wclass = GDK_INPUT_OUTPUT;
+    attributes.visual = gtk_widget_get_visual(widget);
+    attributes.event_mask = gtk_widget_get_events(widget) | GDK_EXPOSURE_MASK | extra_events;
+    GdkWindow *window = gdk_window_new(gtk_widget_get_parent_window(widget), &attributes,
+                                       GDK_WA_X | GDK_WA_Y | GDK_WA_VISUAL);
+    gtk_widget_register_window(widget, window);
+    gtk_widget_set_window(widget, window);
+    gtk_widget_set_realized(widget, TRUE);
+}
+
+void ov_gui_allocate_own_window(GtkWidget *widget, GtkAllocation *allocation)
+{
+    gtk_widget_set_allocation(widget, allocation);
+    if (gtk_widget_get_realized(widget))
+        gdk_window_move_resize(gtk_widget_get_window(widget), allocation->x, allocation->y, allocation->width,
+                               allocation->height);
+}

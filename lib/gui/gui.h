@@ -24,6 +24,12 @@ void ov_gui_set_sensitivity(GtkWidget *widget, int state);
 void ov_gui_resize_window_to_minimum_unless_maximized(GtkWindow *window, gboolean width_too);
 void ov_gui_disable_emojis_in_entry(GtkEntry *entry);
 void ov_gui_disable_emojis_in_text_view(GtkTextView *view);
+
+// For widgets with an input-output window of their own over their allocation:
+// realising makes the window, receiving exposures, the widget's events and
+// extra_events; allocating moves the window along.
+void ov_gui_realize_own_window(GtkWidget *widget, int extra_events);
+void ov_gui_allocate_own_window(GtkWidget *widget, GtkAllocation *allocation);
 // "[*]document - " when a document is given, then "app_name 3.3.0".
 char *ov_gui_generate_main_window_title(const char *app_name, const char *document_name, gboolean modified);
 

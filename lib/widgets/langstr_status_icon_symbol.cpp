@@ -1,5 +1,6 @@
 #include "widgets/langstr_status_icon_symbol.h"
 
+#include "gui/gui.h"
 #include "lang/event_bus.h"
 #include "widgets/gfx_text.h"
 #include "widgets/langstr_display.h"
@@ -50,31 +51,13 @@ double ov_langstr_status_icon_symbol_opacity_for(const GdkRGBA *foreground)
 
 static void ov_langstr_status_icon_symbol_realize(GtkWidget *widget)
 {
-    GtkAllocation allocation;
-    gtk_widget_get_allocation(widget, &allocation);
-    GdkWindowAttr attributes = {};
-    attributes.window_type = GDK_WINDOW_CHILD;
-    attributes.x = allocation.x;
-    attributes.y = allocation.y;
-    attributes.width = allocation.width;
-    attributes.height = allocation.height;
-    attributes.wclass = GDK_INPUT_OUTPUT;
-    attributes.visual = gtk_widget_get_visual(widget);
-    attributes.event_mask = gtk_widget_get_events(widget) | GDK_EXPOSURE_MASK | GDK_BUTTON_PRESS_MASK;
-    GdkWindow *window = gdk_window_new(gtk_widget_get_parent_window(widget), &attributes,
-                                       GDK_WA_X | GDK_WA_Y | GDK_WA_VISUAL);
-    gtk_widget_register_window(widget, window);
-    gtk_widget_set_window(widget, window);
-    gtk_widget_set_realized(widget, TRUE);
+    ov_gui_realize_own_window(widget, GDK_BUTTON_PRESS_MASK);
     update_cursor(widget);
 }
 
 static void ov_langstr_status_icon_symbol_size_allocate(GtkWidget *widget, GtkAllocation *allocation)
 {
-    gtk_widget_set_allocation(widget, allocation);
-    if (gtk_widget_get_realized(widget))
-        gdk_window_move_resize(gtk_widget_get_window(widget), allocation->x, allocation->y, allocation->width,
-                               allocation->height);
+    ov_gui_allocate_own_window(widget, allocation);
 }
 
 static void ov_langstr_status_icon_symbol_get_preferred_width(GtkWidget *, int *minimum, int *natural)
