@@ -211,26 +211,16 @@ void ov_gui_menu_run_at_rect_and_destroy(GtkMenu *menu, GtkWidget *widget, const
 void ov_gui_menu_run_and_destroy(GtkMenu *menu, GtkWidget *anchor)
 {
     g_return_if_fail(GTK_IS_MENU(menu));
-    g_object_ref_sink(menu);
-    GMainLoop *loop = g_main_loop_new(nullptr, FALSE);
-    ov::SignalGuard on_deactivate(menu, g_signal_connect(menu, "deactivate", G_CALLBACK(quit_loop), loop));
-    GdkEvent *event = trigger_event();
-    if (anchor != nullptr && gtk_widget_get_realized(anchor)) {
-        match_anchor_width(menu, anchor);
-        gtk_menu_popup_at_widget(menu, anchor, GDK_GRAVITY_SOUTH_WEST, GDK_GRAVITY_NORTH_WEST, event);
-    } else if (event != nullptr) {
-        gtk_menu_popup_at_pointer(menu, event);
-    }
-    if (event != nullptr)
-        gdk_event_free(event);
     // The item's "activate" runs right after "deactivate", in the same
     // dispatch, so its callback has run when the loop returns. A menu that
-    // could not pop up (no pointer, no display) is never shown
-    // and would never be deactivated.
-    if (gtk_widget_get_visible(GTK_WIDGET(menu)))
-        g_main_loop_run(loop);
-    on_deactivate.reset();
-    g_main_loop_unref(loop);
-    gtk_widget_destroy(GTK_WIDGET(menu));
-    g_object_unref(menu);
+    // could not pop up (no pointer, no display) is never shown and would
+    // never be deactivated.
+    run_popped_up_and_destroy(menu, [&](GdkEvent *event) {
+        if (anchor != nullptr && gtk_widget_get_realized(anchor)) {
+            match_anchor_width(menu, anchor);
+            gtk_menu_popup_at_widget(menu, anchor, GDK_GRAVITY_SOUTH_WEST, GDK_GRAVITY_NORTH_WEST, event);
+        } else if (event != nullptr) {
+            gtk_menu_popup_at_pointer(menu, event);
+        }
+    });
 }
