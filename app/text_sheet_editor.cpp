@@ -22,6 +22,7 @@ struct Impl {
     ov::SourceGuard measure_idle;
     ov::SourceGuard settle_idle;
     int menus_running = 0;
+    ov::ObjectRef<OvUndoHistory> history;
 };
 
 } // namespace
@@ -208,8 +209,8 @@ void set_policy(TextSheetEditor *editor, GtkScrollablePolicy &slot, GtkScrollabl
 gboolean run_text_sheet_menu(TextSheetEditor *editor, ov_text_sheet_segment *segment,
                              ov_text_sheet_block *block, ov_text_sheet_row *row)
 {
-    return ov_text_sheet_menu_run_for_template(editor->tmpl, editor->report_type, segment, block, row,
-                                               nullptr);
+    return ov_text_sheet_menu_run_with_history(editor->tmpl, editor->report_type, segment, block, row,
+                                               nullptr, editor->impl->history.get());
 }
 
 // Runs the menu; on a change the layout is listed anew, the sheet redrawn
@@ -469,6 +470,7 @@ static void text_sheet_editor_destroy(GtkWidget *widget)
     if (editor->impl != nullptr) {
         editor->impl->measure_idle.reset();
         editor->impl->settle_idle.reset();
+        editor->impl->history.reset();
     }
     GTK_WIDGET_CLASS(text_sheet_editor_parent_class)->destroy(widget);
 }
@@ -545,4 +547,70 @@ ov_template_report_type *text_sheet_editor_get_report_type(TextSheetEditor *edit
 {
     g_return_val_if_fail(TEXT_SHEET_IS_EDITOR(editor), nullptr);
     return editor->report_type;
+}
+
+void text_sheet_editor_set_undo_history(TextSheetEditor *editor, OvUndoHistory *history)
+{
+    g_return_if_fail(TEXT_SHEET_IS_EDITOR(editor));
+    editor->impl->history = ov::ObjectRef<OvUndoHistory>::ref(history);
+}
+
+namespace
+{
+
+// The piece of the deepest node of the place that is on the page, or the
+// number of pieces when none is.
+std::size_t piece_of_place(const TextSheetLayout &layout, const OvUndoPlace &place)
+{
+    using Kind = TextSheetLayout::Kind;
+    const auto &pieces = layout.pieces();
+    std::size_t best = pieces.size();
+    int best_depth = 0;
+    for (std::size_t i = 0; i < pieces.size() && best_depth < 3; ++i) {
+        const TextSheetLayout::Piece &piece = pieces[i];
+        int depth = 0;
+        if (piece.kind == Kind::row && place.row != nullptr && piece.row == place.row)
+            depth = 3;
+        else if (piece.kind == Kind::block_header && place.block != nullptr && piece.block == place.block)
+            depth = 2;
+        else if ((piece.kind == Kind::segment_header || piece.kind == Kind::basic_data_header) &&
+                 place.segment != nullptr && piece.segment == place.segment)
+            depth = 1;
+        if (depth > best_depth) {
+            best = i;
+            best_depth = depth;
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+void text_sheet_editor_show_place(TextSheetEditor *editor, const OvUndoPlace *place)
+{
+    g_return_if_fail(TEXT_SHEET_IS_EDITOR(editor) && place != nullptr);
+    Impl *impl = editor->impl;
+    // The nodes of the place may have new headers, fields or rows.
+    for (ov_text_sheet_hit_area *area : {place->segment != nullptr ? &place->segment->hit_area : nullptr,
+                                         place->block != nullptr ? &place->block->hit_area : nullptr,
+                                         place->row != nullptr ? &place->row->hit_area : nullptr})
+        if (area != nullptr)
+            area->layout_stamp = 0;
+    ov_gfx_text_cache_clear(impl->texts.get());
+    impl->layout.rebuild();
+    const std::size_t index = piece_of_place(impl->layout, *place);
+    if (index < impl->layout.pieces().size() && editor->vadjustment != nullptr &&
+        gtk_widget_get_realized(GTK_WIDGET(editor))) {
+        const int page = gtk_widget_get_allocated_height(GTK_WIDGET(editor));
+        const auto &piece = impl->layout.pieces()[index];
+        impl->layout.measure_range(&editor->context, piece.y - page, piece.y + page);
+        settle_content_height(editor);
+        const auto &measured = impl->layout.pieces()[index];
+        const double value = gtk_adjustment_get_value(editor->vadjustment);
+        if (measured.y < value || measured.y + measured.height > value + page)
+            gtk_adjustment_set_value(
+                editor->vadjustment,
+                std::max(0, measured.y + std::min(measured.height, page) / 2 - page / 2));
+    }
+    relayout(editor);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "docs/template.h"
+#include "docs_gui/undo_history.h"
 
 #include <gtk/gtk.h>
 
@@ -17,3 +18,10 @@
 gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_report_type *report_type,
                                              ov_text_sheet_segment *segment, ov_text_sheet_block *block,
                                              ov_text_sheet_row *row, GtkWindow *parent);
+
+// The same, recording the change as one step of the history, named by the
+// chosen entry ("Delete row"); a null history records nothing.
+gboolean ov_text_sheet_menu_run_with_history(ov_template *tmpl, ov_template_report_type *report_type,
+                                             ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                             ov_text_sheet_row *row, GtkWindow *parent,
+                                             OvUndoHistory *history);
