@@ -226,8 +226,8 @@ TEST_F(EditorWindowTest, EditMenuAndKeysUndoAndRedoAndTheMarkFollowsTheSavedStat
     ov_text_sheet_segment *first = tmpl->report_types.first()->segments.first();
     auto move_s1_down = [&] {
         ov::list_move_down(first);
-        ov_undo_history_record(history, new ov::MoveStep<ov_text_sheet_segment>("Move segment down", {}, first,
-                                                                               false));
+        ov_undo_history_record(
+            history, new ov::MoveStep<ov_text_sheet_segment>("Move segment down", {}, first, false));
     };
     auto starred = [&] { return gtk_window_get_title(GTK_WINDOW(window_))[0] == '*'; };
     EXPECT_EQ(edit_menu(window_), "Undo(off) ^Z|Redo(off) ^+Z");

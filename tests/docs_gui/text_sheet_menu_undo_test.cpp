@@ -168,9 +168,10 @@ TEST_F(MenuUndo, RowActions)
 
 TEST_F(MenuUndo, BlockActions)
 {
-    check(cases_for("block", "row", {"B1", "B2", "B3"},
-                    {{"", "Delete block header", yes},
-                     {"", "Read one row from a template", read({{"Choose report type", "R1"}, {"Choose row", "y1"}})}}));
+    check(cases_for(
+        "block", "row", {"B1", "B2", "B3"},
+        {{"", "Delete block header", yes},
+         {"", "Read one row from a template", read({{"Choose report type", "R1"}, {"Choose row", "y1"}})}}));
     check({{"D1", "Read one row from a template", read({{"Choose row", "x1"}})},
            {"D3", "Move block up", nothing}});
 }
@@ -179,7 +180,8 @@ TEST_F(MenuUndo, SegmentActions)
 {
     check(cases_for("segment", "block", {"S1", "S2", "S3"},
                     {{"", "Delete segment header", yes},
-                     {"", "Read one block from a template", read({{"Choose report type", "R1"}, {"Choose block", "YB"}})}}));
+                     {"", "Read one block from a template",
+                      read({{"Choose report type", "R1"}, {"Choose block", "YB"}})}}));
 }
 
 TEST_F(MenuUndo, EmptySpaceAndBasicDataActions)
