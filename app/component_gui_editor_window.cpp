@@ -8,6 +8,8 @@
 #include "gui/menu.h"
 #include "widgets/active_locale_picker.h"
 
+#include <utility>
+
 struct _OvComponentGuiEditorWindow {
     GtkWindow parent_instance;
     const char *program_title;
@@ -136,33 +138,32 @@ char key_character(const GdkEventKey *event)
     return length == 1 ? text[0] : '\0';
 }
 
+// Only the shortcuts are taken: a plain "s" or "w" goes on to the entry
+// that has the focus.
 gboolean on_key_press(GtkWidget *, GdkEventKey *event, gpointer data)
 {
     auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
-    const gboolean primary = (event->state & ov_gui_menu_get_primary_accelerator_modifier()) != 0;
-    const gboolean shift = (event->state & GDK_SHIFT_MASK) != 0;
+    if ((event->state & ov_gui_menu_get_primary_accelerator_modifier()) == 0)
+        return FALSE;
     switch (key_character(event)) {
     case 'z':
     case 'Z':
     case 'y':
     case 'Y':
-        if (!primary)
-            return FALSE;
-        undo_or_redo_key(self, shift || g_ascii_tolower(key_character(event)) == 'y');
+        undo_or_redo_key(self, (event->state & GDK_SHIFT_MASK) != 0 ||
+                                   g_ascii_tolower(key_character(event)) == 'y');
         return TRUE;
     case 'w':
         // Held down, the key closes once, not once per repeat.
         if (!self->close_key_down) {
             self->close_key_down = TRUE;
-            if (primary)
-                request_close(self);
+            request_close(self);
         }
         return TRUE;
     case 's':
         if (!self->save_key_down) {
             self->save_key_down = TRUE;
-            if (primary)
-                g_signal_emit(self, signals[SIGNAL_SAVE], 0);
+            g_signal_emit(self, signals[SIGNAL_SAVE], 0);
         }
         return TRUE;
     default:
@@ -175,11 +176,9 @@ gboolean on_key_release(GtkWidget *, GdkEventKey *event, gpointer data)
     auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
     switch (key_character(event)) {
     case 'w':
-        self->close_key_down = FALSE;
-        return TRUE;
+        return std::exchange(self->close_key_down, FALSE);
     case 's':
-        self->save_key_down = FALSE;
-        return TRUE;
+        return std::exchange(self->save_key_down, FALSE);
     default:
         return FALSE;
     }

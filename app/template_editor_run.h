@@ -6,7 +6,3 @@
 // argv[1] is the template path; further arguments are ignored. Without it
 // the open dialog asks for one.
 void ov_template_editor_run(int argc, char **argv);
-
-// Runs the editing window on the template at path (a new template when the
-// file does not exist) until the user closes it.
-void ov_template_editor_run_editing_window(const char *path);

@@ -1,6 +1,7 @@
 list(APPEND OV_GUI_TEST_SOURCES
   app/text_sheet_editor_test.cpp
   app/editor_window_test.cpp
+  app/editing_window_test.cpp
   app/program_test.cpp
   app/desktop_identity_test.cpp
 )

@@ -344,6 +344,34 @@ std::string label_texts(GtkWidget *root)
     return joined_labels(root, "|", true);
 }
 
+GtkWidget *find_tab(GtkWidget *root, const char *text)
+{
+    GtkWidget *tab = nullptr;
+    walk(root, [&](GtkWidget *w) {
+        if (!GTK_IS_NOTEBOOK(w))
+            return false;
+        auto *notebook = GTK_NOTEBOOK(w);
+        for (int i = 0; i < gtk_notebook_get_n_pages(notebook) && tab == nullptr; ++i) {
+            GtkWidget *label = gtk_notebook_get_tab_label(notebook, gtk_notebook_get_nth_page(notebook, i));
+            if (label != nullptr && find_label(label, text) != nullptr)
+                tab = label;
+        }
+        return tab != nullptr;
+    });
+    return tab;
+}
+
+std::string tab_texts(GtkWidget *root)
+{
+    auto *notebook = GTK_NOTEBOOK(walk(root, [](GtkWidget *w) { return GTK_IS_NOTEBOOK(w); }));
+    std::string texts;
+    for (int i = 0; notebook != nullptr && i < gtk_notebook_get_n_pages(notebook); ++i) {
+        GtkWidget *label = gtk_notebook_get_tab_label(notebook, gtk_notebook_get_nth_page(notebook, i));
+        texts += (i > 0 ? "|" : "") + joined_labels(label, "", true);
+    }
+    return texts;
+}
+
 void click(GtkWidget *widget)
 {
     click_at(widget, -1, -1);

@@ -51,6 +51,11 @@ std::vector<GtkWidget *> find_widgets(GtkWidget *root, const std::function<bool(
 GtkWidget *find_button(GtkWidget *root, const char *label);
 GtkWidget *find_label(GtkWidget *root, const char *text);
 std::string label_texts(GtkWidget *root); // the visible labels joined with '|'
+// The tab of the first notebook page inside root whose tab holds a label
+// with that text, or null; a click in its middle switches to the page.
+GtkWidget *find_tab(GtkWidget *root, const char *text);
+// The texts of the tabs of the first notebook inside root, joined with '|'.
+std::string tab_texts(GtkWidget *root);
 
 // User actions; the forms without a widget act on top_window().
 void click(GtkWidget *widget); // the first mouse button in the widget's middle

@@ -1,0 +1,403 @@
+#include "app/editing_window.h"
+
+#include "app/app_version.h"
+#include "app/component_gui_editor_window.h"
+#include "app/component_gui_metadata_editor.h"
+#include "app/tab_menu_icon.h"
+#include "app/text_sheet_editor.h"
+#include "core/error.h"
+#include "core/fs_utils.h"
+#include "core/raii.h"
+#include "docs/template.h"
+#include "docs/template_io.h"
+#include "docs_gui/template_gui.h"
+#include "frame/message.h"
+#include "frame/window_stack.h"
+#include "gui/gui.h"
+#include "gui/menu.h"
+#include "gui/spacifying_entry.h"
+#include "widgets/langstr_label.h"
+#include "widgets/langstr_window.h"
+
+#include <string_view>
+
+namespace
+{
+
+constexpr int default_width = 640;
+constexpr int default_height = 480;
+constexpr int page_width = 300;
+constexpr int page_height = 100;
+constexpr int page_margin = 8;
+constexpr int icon_gap = 6; // between a tab's name and its menu icon
+constexpr const char *basic_data_title = "Basic data";
+
+using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
+using LangstrPtr = ov::Owned<langstr, ov_langstr_free>;
+
+// Everything one run of the window works on. The template is owned by
+// run_editing_window, the widgets by GTK.
+struct EditingState {
+    const char *path;
+    ov_template *tmpl;
+    OvComponentGuiEditorWindow *window;
+    OvComponentGuiMetadataEditor *metadata_editor;
+    GtkNotebook *notebook;
+    OvSpacifyingEntry *codeset_entry;
+};
+
+// The numbers the report type menu's items carry.
+enum ReportTypeAction : int { ERASE = 0, MOVE_LEFT = 1, MOVE_RIGHT = 2, RENAME = 3, NO_ACTION = -1 };
+
+void show_error_buffer()
+{
+    ov_message_show_error(ov_error_get());
+    ov_error_clear();
+}
+
+void notify_modified(EditingState *self)
+{
+    ov_component_gui_editor_window_notify_file_has_been_modified(self->window);
+}
+
+void connect_notify_modified(EditingState *self, GtkWidget *widget)
+{
+    g_signal_connect_swapped(widget, "changed",
+                             G_CALLBACK(ov_component_gui_editor_window_notify_file_has_been_modified),
+                             self->window);
+}
+
+// The report type a page edits; null on the basic data page.
+ov_template_report_type *page_report_type(GtkWidget *page)
+{
+    GtkWidget *editor = gtk_bin_get_child(GTK_BIN(page));
+    return text_sheet_editor_get_report_type(TEXT_SHEET_EDITOR(editor));
+}
+
+GtkWidget *create_page()
+{
+    GtkWidget *page = ov_gui_create_scrolled_window(GTK_POLICY_NEVER, GTK_POLICY_ALWAYS, GTK_SHADOW_IN);
+    gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(page), FALSE);
+    gtk_widget_set_size_request(page, page_width, page_height);
+    ov_gui_set_surrounding_margin(page, page_margin);
+    return page;
+}
+
+void on_tab_icon_clicked(GtkWidget *icon, EditingState *self);
+
+// The tab of a report type: its name, then the menu icon.
+GtkWidget *create_report_type_tab(EditingState *self, const langstr *name)
+{
+    GtkWidget *tab = ov_gui_create_hbox(FALSE);
+    GtkWidget *label = ov_langstr_label_new(name);
+    gtk_label_set_xalign(GTK_LABEL(label), 0);
+    gtk_widget_set_valign(label, GTK_ALIGN_CENTER);
+    ov_gui_pack_widget(GTK_BOX(tab), label, FALSE);
+    GtkWidget *icon = tab_menu_icon_new();
+    gtk_widget_set_valign(icon, GTK_ALIGN_CENTER);
+    gtk_widget_set_margin_start(icon, icon_gap);
+    ov_gui_pack_widget(GTK_BOX(tab), icon, FALSE);
+    g_signal_connect(icon, "clicked", G_CALLBACK(on_tab_icon_clicked), self);
+    return tab;
+}
+
+// Appends a page for the report type, or the basic data page for none.
+gboolean add_notebook_page(EditingState *self, ov_template_report_type *report_type)
+{
+    GtkWidget *page = create_page();
+    GtkWidget *tab;
+    GtkWidget *menu_label;
+    if (report_type != nullptr) {
+        tab = create_report_type_tab(self, report_type->name);
+        menu_label = ov_langstr_label_new(report_type->name);
+    } else {
+        tab = gtk_label_new(basic_data_title);
+        menu_label = gtk_label_new(basic_data_title);
+    }
+    gtk_widget_show(tab);
+    gtk_widget_show(menu_label);
+    // Held here until the notebook takes them; dropped with them on failure.
+    const auto page_ref = ov::ObjectRef<GtkWidget>::ref_sink(page);
+    const auto tab_ref = ov::ObjectRef<GtkWidget>::ref_sink(tab);
+    const auto menu_ref = ov::ObjectRef<GtkWidget>::ref_sink(menu_label);
+    if (ov_gui_notebook_append_page(self->notebook, page, tab, menu_label) < 0)
+        return FALSE;
+    GtkWidget *editor = report_type != nullptr
+                            ? text_sheet_editor_new_for_report_type(self->tmpl, report_type)
+                            : text_sheet_editor_new_for_basic_data(self->tmpl);
+    gtk_widget_show(editor);
+    gtk_container_add(GTK_CONTAINER(page), editor);
+    connect_notify_modified(self, editor);
+    return TRUE;
+}
+
+gboolean run_report_type_window(langstr **name, const char *title)
+{
+    return ov_langstr_window_run(0, name, nullptr, nullptr, 0, FALSE, title, "Report type", nullptr, nullptr);
+}
+
+void on_report_type_menu_item(GtkMenuItem *item, gpointer chosen)
+{
+    *static_cast<int *>(chosen) = GPOINTER_TO_INT(ov_gui_menu_get_item_data(GTK_WIDGET(item)));
+}
+
+// Pops up the menu of the report type on page; TRUE when it changed anything.
+gboolean run_report_type_menu(GtkNotebook *notebook, OvLangstrLabel *label, GtkWidget *page,
+                              ov_template_report_type *report_type)
+{
+    const int index = gtk_notebook_page_num(notebook, page);
+    const int pages = gtk_notebook_get_n_pages(notebook);
+    int chosen = NO_ACTION;
+    GtkWidget *menu = gtk_menu_new();
+    GtkMenuShell *shell = GTK_MENU_SHELL(menu);
+    // The first report type never moves before the basic data page.
+    const struct {
+        const char *label;
+        int number;
+        bool insensitive;
+    } items[] = {
+        {"Rename", RENAME, false},
+        {nullptr, NO_ACTION, false},
+        {"Move left", MOVE_LEFT, index < 2},
+        {"Move right", MOVE_RIGHT, index >= pages - 1},
+        {"Erase", ERASE, false},
+    };
+    for (const auto &item : items) {
+        if (item.label == nullptr)
+            ov_gui_menu_append_separator(shell);
+        else
+            ov_gui_menu_append_item_with_activate_callback(shell, item.label, GINT_TO_POINTER(item.number),
+                                                           item.insensitive ? 1 : 0, on_report_type_menu_item,
+                                                           &chosen);
+    }
+    ov_gui_menu_run_and_destroy(GTK_MENU(menu), nullptr);
+
+    switch (chosen) {
+    case RENAME: {
+        if (!run_report_type_window(&report_type->name, "Rename the report type"))
+            return FALSE;
+        ov_langstr_label_set_content(label, report_type->name);
+        GtkWidget *menu_label = gtk_notebook_get_menu_label(notebook, page);
+        if (OV_IS_LANGSTR_LABEL(menu_label))
+            ov_langstr_label_set_content(OV_LANGSTR_LABEL(menu_label), report_type->name);
+        return TRUE;
+    }
+    case MOVE_LEFT:
+        gtk_notebook_reorder_child(notebook, page, index - 1);
+        return TRUE;
+    case MOVE_RIGHT:
+        gtk_notebook_reorder_child(notebook, page, index + 1);
+        return TRUE;
+    case ERASE:
+        if (!ov_message_ask_yes_no_question(FALSE, TRUE,
+                                            "Do you really want to delete this entire report type?"))
+            return FALSE;
+        // The page's editor goes first: it must not outlive its report type.
+        gtk_notebook_remove_page(notebook, index);
+        ov_template_report_type_destroy(report_type);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+void on_tab_icon_clicked(GtkWidget *icon, EditingState *self)
+{
+    GtkWidget *tab = gtk_widget_get_parent(icon);
+    const int pages = gtk_notebook_get_n_pages(self->notebook);
+    for (int i = 1; i < pages; ++i) {
+        GtkWidget *page = gtk_notebook_get_nth_page(self->notebook, i);
+        if (gtk_notebook_get_tab_label(self->notebook, page) != tab)
+            continue;
+        ov::Owned<GList, g_list_free> children(gtk_container_get_children(GTK_CONTAINER(tab)));
+        for (GList *child = children.get(); child != nullptr; child = child->next) {
+            if (!OV_IS_LANGSTR_LABEL(child->data))
+                continue;
+            if (run_report_type_menu(self->notebook, OV_LANGSTR_LABEL(child->data), page,
+                                     page_report_type(page)))
+                notify_modified(self);
+            return;
+        }
+        break;
+    }
+    ov_message_show_error("Report type menu error.");
+}
+
+// Adds the page of a report type that is already in the template and shows it.
+void show_new_report_type(EditingState *self, ov_template_report_type *report_type)
+{
+    if (!add_notebook_page(self, report_type)) {
+        show_error_buffer();
+        return;
+    }
+    gtk_notebook_set_current_page(self->notebook, -1);
+}
+
+void on_new_clicked(GtkButton *, EditingState *self)
+{
+    langstr *name = nullptr;
+    if (!run_report_type_window(&name, "Name the new report type"))
+        return;
+    const LangstrPtr owned_name(name);
+    ov_template_report_type *report_type = ov_template_report_type_new(name);
+    ov_template_add_report_type(self->tmpl, report_type);
+    show_new_report_type(self, report_type);
+    notify_modified(self);
+}
+
+void on_from_template_clicked(GtkButton *, EditingState *self)
+{
+    if (!ov_template_gui_apply_template_to_template(OV_TEMPLATE_GUI_REPORT_TYPE, self->tmpl, nullptr, nullptr,
+                                                    nullptr))
+        return;
+    show_new_report_type(self, self->tmpl->report_types.last());
+    notify_modified(self);
+}
+
+// The codeset file names of the entry's text: split at commas, each piece
+// trimmed, empty pieces left out.
+void replace_codesets(ov_template *tmpl, const char *text)
+{
+    while (ov_template_codeset *codeset = tmpl->codesets.first())
+        ov_template_codeset_destroy(codeset);
+    if (text == nullptr)
+        return;
+    const ov::GStrv pieces(g_strsplit(text, ",", -1));
+    for (char **piece = pieces.get(); *piece != nullptr; ++piece) {
+        g_strstrip(*piece);
+        if (**piece != '\0')
+            ov_template_add_codeset(tmpl, ov_template_codeset_new(*piece));
+    }
+}
+
+void on_save(OvComponentGuiEditorWindow *, EditingState *self)
+{
+    ov_template *tmpl = self->tmpl;
+    if (!ov_component_gui_metadata_editor_replace_metadata(self->metadata_editor, &tmpl->name, &tmpl->author,
+                                                           &tmpl->version)) {
+        show_error_buffer();
+        return;
+    }
+    if (tmpl->report_types.is_empty()) {
+        ov_error_set("The template must have at least one report type.");
+        show_error_buffer();
+        return;
+    }
+    // The pages own the report types; the template takes their tab order.
+    while (ov_template_report_type *report_type = tmpl->report_types.first())
+        ov_template_report_type_remove(report_type);
+    const int pages = gtk_notebook_get_n_pages(self->notebook);
+    for (int i = 1; i < pages; ++i)
+        ov_template_add_report_type(tmpl, page_report_type(gtk_notebook_get_nth_page(self->notebook, i)));
+
+    const ov::GStr codesets(ov_spacifying_entry_get_text(self->codeset_entry));
+    replace_codesets(tmpl, codesets.get());
+
+    if (!ov_template_io_write_to_file(tmpl, self->path)) {
+        show_error_buffer();
+        return;
+    }
+    ov_component_gui_editor_window_set_file_has_been_modified(self->window, FALSE);
+}
+
+// "Add report type:" with its two buttons, at the end of the tab row.
+void add_action_box(EditingState *self)
+{
+    const int margin = ov_gui_get_default_margin();
+    GtkWidget *box = ov_gui_create_hbox(TRUE);
+    ov_gui_set_margins(box, margin / 2, margin, margin / 2, 0);
+    ov_gui_pack_space(GTK_BOX(box), 3 * margin, 0);
+    ov_gui_pack_label(GTK_BOX(box), "Add report type:", 0, 0.5);
+    g_signal_connect(ov_gui_pack_button(GTK_BOX(box), "New", FALSE), "clicked", G_CALLBACK(on_new_clicked),
+                     self);
+    g_signal_connect(ov_gui_pack_button(GTK_BOX(box), "From template", FALSE), "clicked",
+                     G_CALLBACK(on_from_template_clicked), self);
+    gtk_notebook_set_action_widget(self->notebook, box, GTK_PACK_END);
+}
+
+// The codeset file names of the template, joined by ", ".
+std::string codeset_text(const ov_template *tmpl)
+{
+    std::string text;
+    for (const ov_template_codeset *codeset : tmpl->codesets) {
+        if (!text.empty())
+            text += ", ";
+        text += codeset->file_name;
+    }
+    return text;
+}
+
+void add_codeset_entry(EditingState *self, GtkBox *box)
+{
+    GtkWidget *frame = ov_gui_pack_frame(box, FALSE, nullptr);
+    GtkWidget *inner = ov_gui_add_vbox(GTK_CONTAINER(frame), FALSE);
+    ov_gui_set_default_surrounding_margin(inner);
+    ov_gui_pack_input_field_label(GTK_BOX(inner), "Codeset file name(s), comma-separated", FALSE);
+    GtkWidget *entry =
+        ov_gui_pack_spacifying_entry(GTK_BOX(inner), FALSE, FALSE, codeset_text(self->tmpl).c_str(), FALSE);
+    self->codeset_entry = OV_SPACIFYING_ENTRY(entry);
+    connect_notify_modified(self, entry);
+}
+
+// The template at path, or a new one when there is no such file; null after
+// telling the user why it cannot be read.
+ov_template *load_template(const char *path, gboolean *out_is_new)
+{
+    OvFileInfo info;
+    if (!ov_fs_utils_get_info(path, &info)) {
+        ov_error_clear();
+        ov_message_show_error_utf8_printf("Something went wrong when accessing the template file:\n\n%s",
+                                          path);
+        return nullptr;
+    }
+    *out_is_new = !info.exists;
+    if (!info.exists)
+        return ov_template_new();
+    ov_template *tmpl = ov_template_io_read_from_file(path);
+    if (tmpl == nullptr) {
+        ov_error_append_utf8_printf("Error when loading the template file:\n\n%s", path);
+        show_error_buffer();
+    }
+    return tmpl;
+}
+
+} // namespace
+
+void run_editing_window(const char *path)
+{
+    gboolean is_new = FALSE;
+    const TemplatePtr tmpl(load_template(path, &is_new));
+    if (!tmpl)
+        return;
+    EditingState self{path, tmpl.get(), nullptr, nullptr, nullptr, nullptr};
+    GtkWidget *window = ov_component_gui_editor_window_new(ov_app_name, path, is_new);
+    self.window = OV_COMPONENT_GUI_EDITOR_WINDOW(window);
+    gtk_window_set_default_size(GTK_WINDOW(window), default_width, default_height);
+
+    GtkWidget *box = ov_gui_add_vbox(
+        GTK_CONTAINER(ov_component_gui_editor_window_get_contents_container(self.window)), FALSE);
+    GtkWidget *metadata = ov_component_gui_pack_metadata_editor(GTK_BOX(box), "Template name");
+    self.metadata_editor = OV_COMPONENT_GUI_METADATA_EDITOR(metadata);
+    ov_component_gui_metadata_editor_set_author(self.metadata_editor, tmpl->author);
+    ov_component_gui_metadata_editor_set_name(self.metadata_editor, tmpl->name);
+    ov_component_gui_metadata_editor_set_version(self.metadata_editor, tmpl->version);
+    connect_notify_modified(&self, metadata);
+
+    self.notebook = GTK_NOTEBOOK(ov_gui_pack_notebook(GTK_BOX(box), TRUE));
+    gtk_notebook_popup_enable(self.notebook);
+    bool built = add_notebook_page(&self, nullptr);
+    for (ov_template_report_type *report_type : tmpl->report_types)
+        built = built && add_notebook_page(&self, report_type);
+    if (!built) {
+        gtk_widget_destroy(window);
+        ov_error_append("Failed creating window.");
+        show_error_buffer();
+        return;
+    }
+    add_action_box(&self);
+    add_codeset_entry(&self, GTK_BOX(box));
+    g_signal_connect(window, "save", G_CALLBACK(on_save), &self);
+
+    ov_window_stack_run_window(GTK_WINDOW(window), OV_WINDOW_STACK_POSITION_MAXIMIZED, nullptr, nullptr,
+                               nullptr);
+}

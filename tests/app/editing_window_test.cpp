@@ -1,0 +1,412 @@
+// The editing window as a user drives it: each scenario opens a template
+// file of a temporary folder, edits it through the sheets' menu icons, the
+// tabs' menus, the buttons and entries, saves with Control+S and compares
+// the file's bytes with the expected file.
+#include "docs_gui/docs_gui_test_util.h"
+
+#include "app/component_gui_editor_window.h"
+#include "app/editing_window.h"
+#include "app/tab_menu_icon.h"
+#include "app/text_sheet_editor.h"
+#include "frame/startup.h"
+#include "gui/spacifying_entry.h"
+#include "widgets/active_locale_picker.h"
+#include "widgets/langstr_editor.h"
+#include "widgets/langstr_entry.h"
+#include "widgets/translation_entry.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+using namespace ov::test;
+
+namespace
+{
+
+constexpr GdkModifierType control = GDK_CONTROL_MASK;
+constexpr const char *header_window = "Enter multilingual text";
+
+GtkWidget *top()
+{
+    return GTK_WIDGET(top_window());
+}
+
+// Does what opens menus or modal windows while answers, a script of its
+// own, answers them.
+void answered(const std::function<void(Script &)> &answers, const std::function<void()> &action)
+{
+    Script script;
+    answers(script);
+    action();
+    finish(script);
+}
+
+// The sheet of the page shown.
+GtkWidget *current_sheet(GtkWidget *window)
+{
+    auto *notebook = GTK_NOTEBOOK(find_widget(window, [](GtkWidget *w) { return GTK_IS_NOTEBOOK(w); }));
+    GtkWidget *page = gtk_notebook_get_nth_page(notebook, gtk_notebook_get_current_page(notebook));
+    return gtk_bin_get_child(GTK_BIN(page));
+}
+
+ov_template_report_type *current_report_type(GtkWidget *window)
+{
+    return text_sheet_editor_get_report_type(TEXT_SHEET_EDITOR(current_sheet(window)));
+}
+
+void show_page(GtkWidget *window, const char *tab)
+{
+    click(find_tab(window, tab));
+    wait_ms(100); // drawn, with the hit areas of its nodes
+}
+
+// Picks entry in the menu of the node whose icon the sheet drew at icon,
+// then lets answers handle what the entry opens.
+void node_menu(
+    GtkWidget *window, const ov_text_sheet_rect &icon, const char *entry,
+    const std::function<void(Script &)> &answers = [](Script &) {})
+{
+    wait_until([&] { return icon.width > 0; });
+    answered(
+        [&](Script &s) {
+            s.when_menu([entry] { activate_menu_item(entry); });
+            answers(s);
+        },
+        [&] { click_at(current_sheet(window), icon.x + icon.width / 2, icon.y + icon.height / 2); });
+    wait_ms(100); // redrawn
+}
+
+// Picks entry in the menu of the report type's tab; menu gets the menu's
+// labels with "(off)" after insensitive ones.
+void tab_menu(
+    GtkWidget *window, const char *tab, const char *entry,
+    const std::function<void(Script &)> &answers = [](Script &) {}, std::string *menu = nullptr)
+{
+    GtkWidget *icon = find_widget(find_tab(window, tab), [](GtkWidget *w) { return TAB_MENU_IS_ICON(w); });
+    answered(
+        [&](Script &s) {
+            s.when_menu([entry, menu] {
+                if (menu != nullptr) {
+                    for (GtkWidget *item : find_widgets(GTK_WIDGET(open_menu()),
+                                                        [](GtkWidget *w) { return GTK_IS_MENU_ITEM(w); }))
+                        *menu += (menu->empty() ? "" : "|") +
+                                 (GTK_IS_SEPARATOR_MENU_ITEM(item)
+                                      ? std::string("-")
+                                      : std::string(gtk_menu_item_get_label(GTK_MENU_ITEM(item))) +
+                                            (gtk_widget_get_sensitive(item) ? "" : "(off)"));
+                }
+                if (entry != nullptr)
+                    activate_menu_item(entry);
+                else
+                    dismiss_menu();
+            });
+            if (answers)
+                answers(s);
+        },
+        [&] { click(icon); });
+}
+
+OvLangstrEditor *text_window_editor()
+{
+    return OV_LANGSTR_EDITOR(find_widget(top(), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
+}
+
+GtkWidget *translation_field(int index)
+{
+    GList *entries = ov_langstr_editor_get_entries(text_window_editor());
+    GtkWidget *field =
+        ov_translation_entry_get_text_widget(OV_TRANSLATION_ENTRY(g_list_nth_data(entries, index)));
+    g_list_free(entries);
+    return field;
+}
+
+// Types the UK English text, adds a Swedish translation and presses OK.
+Script::Action enter_english_and_swedish(std::string english, std::string swedish)
+{
+    return [english, swedish] {
+        type_text(translation_field(0), english.c_str());
+        answered([](Script &s) { s.when_menu([] { activate_menu_item("All languages/Swedish/Sweden"); }); },
+                 [] { click(ov_langstr_editor_get_add_button(text_window_editor())); });
+        wait_until([] { return translation_field(1) != nullptr; });
+        type_text(translation_field(1), swedish.c_str());
+        click_button("OK");
+    };
+}
+
+struct EditingWindow : DocsGui {
+    void SetUp() override
+    {
+        DocsGui::SetUp();
+        ASSERT_TRUE(ov_startup_load_icon_images()) << ov_error_get(); // the sheets' menu icons
+    }
+    TempWorkspace workspace;
+    TempDir dir;
+    std::string path = dir.file("edited.template");
+
+    void copy_in(const std::string &fixture_path) { write_file(path, read_file(fixture_path)); }
+    // Runs the window on path; body drives it once it is shown and closes it.
+    void run(const std::function<void(GtkWidget *window)> &body)
+    {
+        Script script;
+        script.when([] { return OV_IS_COMPONENT_GUI_EDITOR_WINDOW(top_window()); },
+                    [&] {
+                        GtkWidget *window = top();
+                        gtk_window_resize(GTK_WINDOW(window), 1000, 900);
+                        wait_ms(200);
+                        body(window);
+                    },
+                    "the editing window");
+        run_editing_window(path.c_str());
+        EXPECT_TRUE(script.done());
+    }
+    void expect_file(const char *expected) { EXPECT_EQ(read_file(path), read_file(fixture(expected))); }
+};
+
+// The template name's field, a button that opens the multilingual text window.
+GtkWidget *name_entry(GtkWidget *window)
+{
+    return find_widget(window, [](GtkWidget *w) { return OV_IS_LANGSTR_ENTRY(w); });
+}
+
+void save(GtkWidget *window)
+{
+    press_key(window, GDK_KEY_s, control);
+}
+
+bool is_modified(GtkWidget *window)
+{
+    return ov_component_gui_editor_window_get_file_has_been_modified(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+}
+
+} // namespace
+
+TEST_F(EditingWindow, AddsASegmentABlockAndARowWithFieldsToTheBundledExample)
+{
+    copy_in(fixture("../../resources/install/templates/painting.template"));
+    run([](GtkWidget *window) {
+        EXPECT_EQ(tab_texts(window), "Basic data|Condition report|Loan report");
+        EXPECT_FALSE(is_modified(window));
+        show_page(window, "Condition report");
+        ov_template_report_type *type = current_report_type(window);
+        ov_text_sheet_segment *support = type->segments.first();
+        node_menu(window, support->hit_area.menu, "Add segment above",
+                  [](Script &s) { s.when_window(header_window, enter_text("Frame")); });
+        ov_text_sheet_segment *frame = type->segments.first();
+        ASSERT_NE(frame, support);
+        node_menu(window, frame->hit_area.menu, "Add block",
+                  [](Script &s) { s.when_window(header_window, enter_text("Glass")); });
+        EXPECT_TRUE(is_modified(window));
+        ov_text_sheet_block *glass = frame->blocks.first();
+        node_menu(window, glass->hit_area.menu, "Add row", [](Script &s) {
+            s.when_window(header_window, enter_english_and_swedish("Cracks", "Sprickor"));
+        });
+        ov_text_sheet_row *cracks = glass->rows.first();
+        node_menu(window, cracks->hit_area.menu, "Set up fields", [](Script &s) {
+            s.when_window("Set up fields", [] {
+                answered([](Script &a) { a.when_window("Add checkbox", enter_text("Cracked")); },
+                         [] { click_button("Add checkbox"); });
+                click_button("OK");
+            });
+        });
+        save(window);
+        EXPECT_FALSE(is_modified(window));
+        close_window(GTK_WINDOW(window));
+    });
+    expect_file("editing/painting_added.template");
+}
+
+// Moves through the menus of a row, a block, a segment and a report type;
+// the tab order is the saved order. Closing without saving keeps the file.
+TEST_F(EditingWindow, MovesRowsBlocksSegmentsAndReportTypesAndSavesTheTabOrder)
+{
+    for (bool saving : {false, true}) {
+        SCOPED_TRACE(saving ? "saved" : "closed without saving");
+        copy_in(fixture("editing/small.template"));
+        std::string first_menu, second_menu, moved_menu;
+        run([&](GtkWidget *window) {
+            show_page(window, "First");
+            ov_template_report_type *type = current_report_type(window);
+            ov_text_sheet_segment *s1 = type->segments.first();
+            ov_text_sheet_block *b1 = s1->blocks.first();
+            node_menu(window, b1->rows.last()->hit_area.menu, "Move row up");
+            node_menu(window, s1->blocks.last()->hit_area.menu, "Move block up");
+            node_menu(window, type->segments.last()->hit_area.menu, "Move segment up");
+            tab_menu(window, "First", nullptr, {}, &first_menu);
+            tab_menu(window, "Second", nullptr, {}, &second_menu);
+            tab_menu(window, "Second", "Move left");
+            EXPECT_EQ(tab_texts(window), "Basic data|Second|First");
+            tab_menu(window, "Second", nullptr, {}, &moved_menu);
+            if (saving) {
+                save(window);
+                close_window(GTK_WINDOW(window));
+            } else {
+                answered(
+                    [](Script &s) {
+                        s.when_window("Save before closing?", [] { click_button("Close without saving"); });
+                    },
+                    [&] { close_window(GTK_WINDOW(window)); });
+            }
+        });
+        EXPECT_EQ(first_menu, "Rename|-|Move left(off)|Move right|Erase");
+        EXPECT_EQ(second_menu, "Rename|-|Move left|Move right(off)|Erase");
+        EXPECT_EQ(moved_menu, "Rename|-|Move left(off)|Move right|Erase");
+        expect_file(saving ? "editing/small_moved.template" : "editing/small.template");
+    }
+}
+
+TEST_F(EditingWindow, ReadsABlockAndAReportTypeFromAnotherTemplate)
+{
+    workspace.add("source.template", template_of("Source", "", {{"Loan", "SX[BX[RX]]"}}).get());
+    copy_in(fixture("editing/small.template"));
+    run([](GtkWidget *window) {
+        show_page(window, "First");
+        node_menu(window, current_report_type(window)->segments.last()->hit_area.menu,
+                  "Read one block from a template", [](Script &s) {
+                      s.when_window("Choose template", [] {
+                           click_list_row(top(), "Source");
+                           click_button("OK");
+                       }).when_window("Choose block", [] {
+                          click_list_row(top(), "BX");
+                          click_button("OK");
+                      });
+                  });
+        answered(
+            [](Script &s) {
+                s.when_window("Choose template", [] {
+                     click_list_row(top(), "Source");
+                     click_button("OK");
+                 }).when_window("Choose report type", [] {
+                    click_list_row(top(), "Loan");
+                    click_button("OK");
+                });
+            },
+            [&] { click(find_button(window, "From template")); });
+        EXPECT_EQ(tab_texts(window), "Basic data|First|Second|Loan");
+        save(window);
+        close_window(GTK_WINDOW(window));
+    });
+    expect_file("editing/small_read.template");
+}
+
+// Renaming asks for the name; "New" adds a report type; erasing asks first.
+// A template without report types is not saved, and the window stays open
+// and modified.
+TEST_F(EditingWindow, RefusesToSaveWithoutReportTypes)
+{
+    copy_in(fixture("editing/small.template"));
+    std::string message;
+    run([&](GtkWidget *window) {
+        tab_menu(window, "First", "Rename",
+                 [](Script &s) { s.when_window("Rename the report type", [] { click_button("Cancel"); }); });
+        answered([](Script &s) { s.when_window("Name the new report type", enter_text("Third")); },
+                 [&] { click(find_button(window, "New")); });
+        EXPECT_EQ(tab_texts(window), "Basic data|First|Second|Third");
+        for (const char *tab : {"Second", "First", "Third"}) {
+            const bool refused = g_strcmp0(tab, "Second") == 0;
+            tab_menu(window, tab, "Erase", [refused](Script &s) {
+                s.when_window("Question", [refused] { click_button(refused ? "_No" : "_Yes"); });
+            });
+        }
+        EXPECT_EQ(tab_texts(window), "Basic data|Second");
+        tab_menu(window, "Second", "Erase",
+                 [](Script &s) { s.when_window("Question", [] { click_button("_Yes"); }); });
+        EXPECT_EQ(tab_texts(window), "Basic data");
+        answered(
+            [&](Script &s) {
+                s.when_window("Error", [&] {
+                    message = label_texts(top());
+                    click_button("Close");
+                });
+            },
+            [&] { save(window); });
+        EXPECT_TRUE(is_modified(window));
+        EXPECT_TRUE(gtk_widget_get_visible(window));
+        answered(
+            [](Script &s) {
+                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
+            },
+            [&] { close_window(GTK_WINDOW(window)); });
+    });
+    EXPECT_TRUE(contains(message, "The template must have at least one report type.")) << message;
+    expect_file("editing/small.template");
+}
+
+TEST_F(EditingWindow, CodesetEntrySavesTheTrimmedNonEmptyNames)
+{
+    copy_in(fixture("editing/small.template"));
+    std::string shown;
+    run([&](GtkWidget *window) {
+        // The metadata's version entry comes first.
+        auto *entry =
+            GTK_ENTRY(find_widgets(window, [](GtkWidget *w) { return OV_IS_SPACIFYING_ENTRY(w); }).back());
+        shown = gtk_entry_get_text(entry);
+        gtk_editable_delete_text(GTK_EDITABLE(entry), 0, -1);
+        type_text(GTK_WIDGET(entry), " a.codeset , ,b.codeset,");
+        EXPECT_TRUE(is_modified(window));
+        save(window);
+        close_window(GTK_WINDOW(window));
+    });
+    EXPECT_EQ(shown, "x.codeset");
+    expect_file("editing/small_codesets.template");
+}
+
+TEST_F(EditingWindow, APathThatDoesNotExistIsANewFileCreatedOnSave)
+{
+    path = dir.file("fresh.template");
+    std::string title;
+    int questions = 0;
+    run([&](GtkWidget *window) {
+        title = gtk_window_get_title(GTK_WINDOW(window));
+        EXPECT_EQ(tab_texts(window), "Basic data");
+        answered(
+            [&](Script &s) {
+                s.when_window("Save before closing?", [&] {
+                    ++questions;
+                    click_button("_Cancel");
+                });
+            },
+            [&] { close_window(GTK_WINDOW(window)); });
+        EXPECT_FALSE(file_exists(path));
+        answered([](Script &s) { s.when_window("Name the new report type", enter_text("Only")); },
+                 [&] { click(find_button(window, "New")); });
+        answered(
+            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Fresh")); },
+            [&] { click(name_entry(window)); });
+        save(window);
+        EXPECT_FALSE(is_modified(window));
+        close_window(GTK_WINDOW(window));
+    });
+    EXPECT_EQ(title, "*fresh.template - Orvane Template Editor 3.3.0");
+    EXPECT_EQ(questions, 1);
+    expect_file("editing/fresh.template");
+}
+
+// The tabs, the sheets and the metadata follow the language picked in the
+// window; every translation is kept on saving.
+TEST_F(EditingWindow, FollowsTheActiveLanguage)
+{
+    copy_in(fixture("editing/small.template"));
+    std::string tabs, name;
+    guint32 stamp_before = 0, stamp_after = 0;
+    run([&](GtkWidget *window) {
+        show_page(window, "First");
+        ov_text_sheet_segment *s1 = current_report_type(window)->segments.first();
+        stamp_before = s1->hit_area.layout_stamp;
+        answered(
+            [](Script &s) { s.when_menu([] { activate_menu_item("Swedish/Sweden"); }); },
+            [&] { click(find_widget(window, [](GtkWidget *w) { return OV_IS_ACTIVE_LOCALE_PICKER(w); })); });
+        wait_ms(200);
+        tabs = tab_texts(window);
+        name =
+            gtk_label_get_text(GTK_LABEL(ov_langstr_entry_get_label(OV_LANGSTR_ENTRY(name_entry(window)))));
+        stamp_after = s1->hit_area.layout_stamp;
+        save(window);
+        close_window(GTK_WINDOW(window));
+    });
+    EXPECT_EQ(tabs, "Basic data|F\xc3\xb6rsta|Andra");
+    EXPECT_EQ(name, "Liten");
+    EXPECT_NE(stamp_before, stamp_after); // laid out anew
+    expect_file("editing/small.template");
+}
