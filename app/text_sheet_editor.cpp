@@ -22,7 +22,8 @@ struct Impl {
     ov::SourceGuard measure_idle;
     ov::SourceGuard settle_idle;
     int menus_running = 0;
-    ov::ObjectRef<OvUndoHistory> history;
+    // Borrowed: a history may keep a page of this editor for an undo.
+    OvUndoHistory *history = nullptr;
 };
 
 } // namespace
@@ -210,7 +211,7 @@ gboolean run_text_sheet_menu(TextSheetEditor *editor, ov_text_sheet_segment *seg
                              ov_text_sheet_block *block, ov_text_sheet_row *row)
 {
     return ov_text_sheet_menu_run_with_history(editor->tmpl, editor->report_type, segment, block, row,
-                                               nullptr, editor->impl->history.get());
+                                               nullptr, editor->impl->history);
 }
 
 // Runs the menu; on a change the layout is listed anew, the sheet redrawn
@@ -470,7 +471,7 @@ static void text_sheet_editor_destroy(GtkWidget *widget)
     if (editor->impl != nullptr) {
         editor->impl->measure_idle.reset();
         editor->impl->settle_idle.reset();
-        editor->impl->history.reset();
+        text_sheet_editor_set_undo_history(editor, nullptr);
     }
     GTK_WIDGET_CLASS(text_sheet_editor_parent_class)->destroy(widget);
 }
@@ -552,7 +553,12 @@ ov_template_report_type *text_sheet_editor_get_report_type(TextSheetEditor *edit
 void text_sheet_editor_set_undo_history(TextSheetEditor *editor, OvUndoHistory *history)
 {
     g_return_if_fail(TEXT_SHEET_IS_EDITOR(editor));
-    editor->impl->history = ov::ObjectRef<OvUndoHistory>::ref(history);
+    OvUndoHistory *&slot = editor->impl->history;
+    if (slot != nullptr)
+        g_object_remove_weak_pointer(G_OBJECT(slot), reinterpret_cast<gpointer *>(&slot));
+    slot = history;
+    if (slot != nullptr)
+        g_object_add_weak_pointer(G_OBJECT(slot), reinterpret_cast<gpointer *>(&slot));
 }
 
 namespace

@@ -20,8 +20,8 @@ GtkWidget *text_sheet_editor_new_for_report_type(ov_template *tmpl, ov_template_
 GtkWidget *text_sheet_editor_new_for_basic_data(ov_template *tmpl);
 // Null on the basic data page.
 ov_template_report_type *text_sheet_editor_get_report_type(TextSheetEditor *editor);
-// Edits through the sheet's menu are recorded in the history (a reference
-// is kept); null records none.
+// Edits through the sheet's menu are recorded in the history, which is
+// borrowed (and forgotten should it end first); null records none.
 void text_sheet_editor_set_undo_history(TextSheetEditor *editor, OvUndoHistory *history);
 // After an undo or a redo: the sheet is listed anew and scrolled so that the
 // deepest node of the place that is on the page is in view.
