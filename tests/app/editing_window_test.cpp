@@ -410,3 +410,81 @@ TEST_F(EditingWindow, FollowsTheActiveLanguage)
     EXPECT_NE(stamp_before, stamp_after); // laid out anew
     expect_file("editing/small.template");
 }
+
+// Each report type action and a sheet edit: saved after the edit, after its
+// undo (the bytes of the file before) and after its redo (those after it);
+// the undo brings the edit's page to the front and the mark follows.
+TEST_F(EditingWindow, EditsUndoAndRedoToTheSavedBytesAndShowTheirPage)
+{
+    workspace.add("source.template", template_of("Source", "", {{"Loan", "SX[BX[RX]]"}}).get());
+    copy_in(fixture("editing/small.template"));
+    const std::string original = read_file(path);
+    const auto erase = [](Script &s) { s.when_window("Question", [] { click_button("_Yes"); }); };
+    run([&](GtkWidget *window) {
+        OvUndoHistory *history =
+            ov_component_gui_editor_window_get_undo_history(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+        const std::function<void()> edits[] = {
+            [&] { tab_menu(window, "Second", "Move left"); },
+            [&] { tab_menu(window, "First", "Move right"); },
+            [&] {
+                tab_menu(window, "Second", "Rename",
+                         [](Script &s) { s.when_window("Rename the report type", enter_text("Third")); });
+            },
+            [&] { tab_menu(window, "First", "Erase", erase); },
+            [&] {
+                answered([](Script &s) { s.when_window("Name the new report type", enter_text("Third")); },
+                         [&] { click(find_button(window, "New")); });
+            },
+            [&] {
+                answered(
+                    [](Script &s) {
+                        s.when_window("Choose template", [] {
+                             click_list_row(top(), "Source");
+                             click_button("OK");
+                         }).when_window("Choose report type", [] {
+                            click_list_row(top(), "Loan");
+                            click_button("OK");
+                        });
+                    },
+                    [&] { click(find_button(window, "From template")); });
+            },
+            [&] {
+                show_page(window, "First");
+                node_menu(window, current_report_type(window)->segments.last()->hit_area.menu,
+                          "Delete segment", erase);
+                show_page(window, "Basic data");
+            },
+        };
+        for (const auto &edit : edits) {
+            const std::string tabs = tab_texts(window);
+            edit();
+            const std::string step = ov_undo_history_get_undo_text(history);
+            SCOPED_TRACE(step);
+            const std::string edited_tabs = tab_texts(window);
+            save(window);
+            const std::string edited = read_file(path);
+            EXPECT_NE(edited, original);
+            press_key(window, GDK_KEY_z, control);
+            EXPECT_TRUE(is_modified(window));
+            EXPECT_EQ(tab_texts(window), tabs);
+            if (step == "Delete segment") {
+                ov_template_report_type *shown = current_report_type(window);
+                EXPECT_TRUE(shown != nullptr && name_of(shown->name) == "First");
+            }
+            save(window);
+            EXPECT_EQ(read_file(path), original);
+            wait_ms(50);
+            press_key(window, GDK_KEY_y, control);
+            EXPECT_EQ(tab_texts(window), edited_tabs);
+            EXPECT_TRUE(is_modified(window));
+            save(window);
+            EXPECT_EQ(read_file(path), edited);
+            wait_ms(50);
+            press_key(window, GDK_KEY_z, control);
+            save(window);
+            wait_ms(50);
+        }
+        close_window(GTK_WINDOW(window));
+    });
+    EXPECT_EQ(read_file(path), original);
+}
