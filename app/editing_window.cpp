@@ -3,6 +3,7 @@
 #include "app/app_version.h"
 #include "app/component_gui_editor_window.h"
 #include "app/component_gui_metadata_editor.h"
+#include "app/entry_undo.h"
 #include "app/tab_menu_icon.h"
 #include "app/text_sheet_editor.h"
 #include "core/error.h"
@@ -56,13 +57,6 @@ void show_error_buffer()
 {
     ov_message_show_error(ov_error_get());
     ov_error_clear();
-}
-
-void connect_notify_modified(EditingState *self, GtkWidget *widget)
-{
-    g_signal_connect_swapped(widget, "changed",
-                             G_CALLBACK(ov_component_gui_editor_window_notify_file_has_been_modified),
-                             self->window);
 }
 
 // The report type a page edits; null on the basic data page.
@@ -476,7 +470,7 @@ void add_codeset_entry(EditingState *self, GtkBox *box)
     GtkWidget *entry =
         ov_gui_pack_spacifying_entry(GTK_BOX(inner), FALSE, FALSE, codeset_text(self->tmpl).c_str(), FALSE);
     self->codeset_entry = OV_SPACIFYING_ENTRY(entry);
-    connect_notify_modified(self, entry);
+    ov_entry_undo_track_text_entry(GTK_ENTRY(entry), history_of(self), "Edit codeset file names");
 }
 
 // The template at path, or a new one when there is no such file; null after
@@ -521,7 +515,7 @@ void run_editing_window(const char *path)
     ov_component_gui_metadata_editor_set_author(self.metadata_editor, tmpl->author);
     ov_component_gui_metadata_editor_set_name(self.metadata_editor, tmpl->name);
     ov_component_gui_metadata_editor_set_version(self.metadata_editor, tmpl->version);
-    connect_notify_modified(&self, metadata);
+    ov_component_gui_metadata_editor_record_edits(self.metadata_editor, history_of(&self));
 
     self.notebook = GTK_NOTEBOOK(ov_gui_pack_notebook(GTK_BOX(box), TRUE));
     gtk_notebook_popup_enable(self.notebook);

@@ -124,6 +124,13 @@ gboolean ov_undo_history_redo(OvUndoHistory *history)
     return TRUE;
 }
 
+const ov::UndoStep *ov_undo_history_get_undo_step(OvUndoHistory *history)
+{
+    g_return_val_if_fail(OV_IS_UNDO_HISTORY(history), nullptr);
+    const Entry *entry = history->done.last();
+    return entry != nullptr ? entry->step.get() : nullptr;
+}
+
 const char *ov_undo_history_get_undo_text(OvUndoHistory *history)
 {
     g_return_val_if_fail(OV_IS_UNDO_HISTORY(history), nullptr);

@@ -159,6 +159,8 @@ void ov_undo_history_record(OvUndoHistory *history, ov::UndoStep *step);
 // FALSE when there is nothing to undo or redo.
 gboolean ov_undo_history_undo(OvUndoHistory *history);
 gboolean ov_undo_history_redo(OvUndoHistory *history);
+// The step that would be undone, or null.
+const ov::UndoStep *ov_undo_history_get_undo_step(OvUndoHistory *history);
 // The text of the step that would be undone or redone, or null.
 const char *ov_undo_history_get_undo_text(OvUndoHistory *history);
 const char *ov_undo_history_get_redo_text(OvUndoHistory *history);

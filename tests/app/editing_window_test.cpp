@@ -488,3 +488,53 @@ TEST_F(EditingWindow, EditsUndoAndRedoToTheSavedBytesAndShowTheirPage)
     });
     EXPECT_EQ(read_file(path), original);
 }
+
+// The keystrokes of one visit to the version or codeset entry are one step,
+// a name confirmed in the multilingual window another; undone, the entries
+// show their old texts and the file is unmodified again.
+TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
+{
+    copy_in(fixture("editing/small.template"));
+    run([&](GtkWidget *window) {
+        OvUndoHistory *history =
+            ov_component_gui_editor_window_get_undo_history(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+        const std::vector<GtkWidget *> entries =
+            find_widgets(window, [](GtkWidget *w) { return OV_IS_SPACIFYING_ENTRY(w); });
+        ASSERT_EQ(entries.size(), 2u);
+        GtkWidget *version = entries[0], *codesets = entries[1];
+        auto name = [&] {
+            return std::string(gtk_label_get_text(
+                GTK_LABEL(ov_langstr_entry_get_label(OV_LANGSTR_ENTRY(name_entry(window))))));
+        };
+        auto texts = [&] {
+            return name() + "|" + gtk_entry_get_text(GTK_ENTRY(version)) + "|" +
+                   gtk_entry_get_text(GTK_ENTRY(codesets));
+        };
+        const std::string before = texts();
+        type_text(version, "23");
+        type_text(codesets, "a.codeset");
+        answered(
+            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Renamed")); },
+            [&] { click(name_entry(window)); });
+        type_text(version, "4");
+        const std::string after = texts();
+        EXPECT_EQ(after, "Renamed|4|a.codeset"); // focusing an entry selects its text
+        std::string steps;
+        for (const char *step; (step = ov_undo_history_get_undo_text(history)) != nullptr;) {
+            steps += std::string(steps.empty() ? "" : "|") + step;
+            ov_undo_history_undo(history);
+        }
+        EXPECT_EQ(steps, "Edit version|Edit template name|Edit codeset file names|Edit version");
+        EXPECT_EQ(texts(), before);
+        EXPECT_FALSE(is_modified(window));
+        while (ov_undo_history_redo(history)) {
+        }
+        EXPECT_EQ(texts(), after);
+        EXPECT_TRUE(is_modified(window));
+        answered(
+            [](Script &s) {
+                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
+            },
+            [&] { close_window(GTK_WINDOW(window)); });
+    });
+}
