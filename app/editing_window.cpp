@@ -22,7 +22,6 @@
 #include "widgets/langstr_window.h"
 
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace
