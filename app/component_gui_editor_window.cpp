@@ -4,6 +4,7 @@
 #include "app/untranslated_walk.h"
 #include "core/fs_utils.h"
 #include "core/raii.h"
+#include "docs_gui/undo_history.h"
 #include "frame/message.h"
 #include "gui/gui.h"
 #include "gui/menu.h"
@@ -17,7 +18,16 @@ struct _OvComponentGuiEditorWindow {
     const char *program_title;
     const char *file_path;
     gboolean file_has_been_modified;
+    // A change made outside the history since the last save.
+    gboolean unrecorded_change;
+    OvUndoHistory *history;
+    gulong history_handler;
     GtkWidget *file_menu_button;
+    GtkWidget *edit_menu_button;
+    gulong edit_menu_handler;
+    // Set by an undo or redo from the keyboard until the next frame is
+    // drawn; a held key's repeats meanwhile are dropped.
+    guint drawn_idle;
     GtkWidget *contents_container;
     gulong file_menu_handler;
     gboolean save_key_down;
@@ -78,6 +88,52 @@ void on_file_menu_clicked(GtkButton *button, gpointer data)
     }
 }
 
+void set_modified(OvComponentGuiEditorWindow *self, gboolean modified)
+{
+    if (self->file_has_been_modified == modified)
+        return;
+    self->file_has_been_modified = modified;
+    update_title(self);
+}
+
+void on_history_changed(OvUndoHistory *history, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    set_modified(self, self->unrecorded_change || !ov_undo_history_is_at_saved(history));
+}
+
+void on_edit_menu_clicked(GtkButton *button, gpointer data)
+{
+    auto *self = OV_COMPONENT_GUI_EDITOR_WINDOW(data);
+    switch (ov_component_gui_edit_menu_run(GTK_WIDGET(button), self->history)) {
+    case OV_COMPONENT_GUI_EDIT_MENU_UNDO:
+        ov_undo_history_undo(self->history);
+        break;
+    case OV_COMPONENT_GUI_EDIT_MENU_REDO:
+        ov_undo_history_redo(self->history);
+        break;
+    default:
+        break;
+    }
+}
+
+gboolean on_drawn(gpointer data)
+{
+    OV_COMPONENT_GUI_EDITOR_WINDOW(data)->drawn_idle = 0;
+    return G_SOURCE_REMOVE;
+}
+
+// Undo or redo from the keyboard, unless the last one is not drawn yet.
+void undo_or_redo_key(OvComponentGuiEditorWindow *self, bool redo)
+{
+    if (self->drawn_idle != 0)
+        return;
+    if (!(redo ? ov_undo_history_redo(self->history) : ov_undo_history_undo(self->history)))
+        return;
+    // Idle handlers below the redraw priority run after the frame.
+    self->drawn_idle = g_idle_add_full(G_PRIORITY_DEFAULT_IDLE, on_drawn, self, nullptr);
+}
+
 void on_file_menu_item(GtkMenuItem *item, gpointer data)
 {
     *static_cast<int *>(data) = GPOINTER_TO_INT(ov_gui_menu_get_item_data(GTK_WIDGET(item)));
@@ -130,6 +186,13 @@ gboolean on_key_press(GtkWidget *, GdkEventKey *event, gpointer data)
     if (!primary)
         return FALSE;
     switch (key_character(event)) {
+    case 'z':
+    case 'Z':
+    case 'y':
+    case 'Y':
+        undo_or_redo_key(self, (event->state & GDK_SHIFT_MASK) != 0 ||
+                                   g_ascii_tolower(key_character(event)) == 'y');
+        return TRUE;
     case 'w':
         // Held down, the key closes once, not once per repeat.
         if (!self->close_key_down) {
@@ -200,6 +263,13 @@ static void ov_component_gui_editor_window_destroy(GtkWidget *widget)
     if (self->file_menu_button != nullptr)
         g_clear_signal_handler(&self->file_menu_handler, self->file_menu_button);
     g_clear_object(&self->file_menu_button);
+    if (self->edit_menu_button != nullptr)
+        g_clear_signal_handler(&self->edit_menu_handler, self->edit_menu_button);
+    g_clear_object(&self->edit_menu_button);
+    g_clear_handle_id(&self->drawn_idle, g_source_remove);
+    if (self->history != nullptr)
+        g_clear_signal_handler(&self->history_handler, self->history);
+    g_clear_object(&self->history);
     g_clear_object(&self->contents_container);
     g_clear_handle_id(&self->note_timeout, g_source_remove);
     GTK_WIDGET_CLASS(ov_component_gui_editor_window_parent_class)->destroy(widget);
@@ -222,6 +292,10 @@ GtkWidget *ov_component_gui_editor_window_new(const char *program_title, const c
     self->program_title = program_title;
     self->file_path = file_path;
     self->file_has_been_modified = is_new;
+    self->history = ov_undo_history_new();
+    if (!is_new)
+        ov_undo_history_mark_saved(self->history);
+    self->history_handler = g_signal_connect(self->history, "changed", G_CALLBACK(on_history_changed), self);
     update_title(self);
     ov_gui_set_default_surrounding_margin(GTK_WIDGET(self));
 
@@ -235,6 +309,9 @@ GtkWidget *ov_component_gui_editor_window_new(const char *program_title, const c
     self->file_menu_button = GTK_WIDGET(g_object_ref_sink(ov_gui_pack_menu_button(GTK_BOX(bar), "File")));
     self->file_menu_handler =
         g_signal_connect(self->file_menu_button, "clicked", G_CALLBACK(on_file_menu_clicked), self);
+    self->edit_menu_button = GTK_WIDGET(g_object_ref_sink(ov_gui_pack_menu_button(GTK_BOX(bar), "Edit")));
+    self->edit_menu_handler =
+        g_signal_connect(self->edit_menu_button, "clicked", G_CALLBACK(on_edit_menu_clicked), self);
     // Short notes in the bar, such as the end of a walk through the
     // untranslated texts.
     GtkWidget *spacer = ov_gui_pack_hbox(GTK_BOX(bar), FALSE, FALSE);
@@ -277,11 +354,16 @@ void ov_component_gui_editor_window_set_file_has_been_modified(OvComponentGuiEdi
                                                                gboolean modified)
 {
     g_return_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window));
-    modified = modified ? TRUE : FALSE;
-    if (window->file_has_been_modified == modified)
-        return;
-    window->file_has_been_modified = modified;
-    update_title(window);
+    window->unrecorded_change = modified ? TRUE : FALSE;
+    if (!modified)
+        ov_undo_history_mark_saved(window->history);
+    set_modified(window, window->unrecorded_change || !ov_undo_history_is_at_saved(window->history));
+}
+
+OvUndoHistory *ov_component_gui_editor_window_get_undo_history(OvComponentGuiEditorWindow *window)
+{
+    g_return_val_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window), nullptr);
+    return window->history;
 }
 
 void ov_component_gui_editor_window_notify_file_has_been_modified(OvComponentGuiEditorWindow *window)
@@ -345,4 +427,30 @@ const char *ov_component_gui_editor_window_get_note(OvComponentGuiEditorWindow *
 {
     g_return_val_if_fail(OV_IS_COMPONENT_GUI_EDITOR_WINDOW(window), nullptr);
     return gtk_label_get_text(GTK_LABEL(window->note));
+}
+
+int ov_component_gui_edit_menu_run(GtkWidget *anchor, OvUndoHistory *history)
+{
+    int result = OV_COMPONENT_GUI_EDIT_MENU_CANCELLED;
+    GtkWidget *menu = gtk_menu_new();
+    const GdkModifierType primary = ov_gui_menu_get_primary_accelerator_modifier();
+    struct Item {
+        const char *verb;
+        const char *what;
+        int number;
+        GdkModifierType modifiers;
+    };
+    for (const Item &item :
+         {Item{"Undo", ov_undo_history_get_undo_text(history), OV_COMPONENT_GUI_EDIT_MENU_UNDO, primary},
+          Item{"Redo", ov_undo_history_get_redo_text(history), OV_COMPONENT_GUI_EDIT_MENU_REDO,
+               GdkModifierType(primary | GDK_SHIFT_MASK)}}) {
+        const ov::GStr label = ov::gstr(item.what != nullptr ? g_strdup_printf("%s %s", item.verb, item.what)
+                                                             : g_strdup(item.verb));
+        GtkWidget *widget = ov_gui_menu_append_item_with_activate_callback(
+            GTK_MENU_SHELL(menu), label.get(), GINT_TO_POINTER(item.number), item.what == nullptr ? 1 : 0,
+            on_file_menu_item, &result);
+        ov_gui_menu_set_item_label_accel(widget, GDK_KEY_z, item.modifiers);
+    }
+    ov_gui_menu_run_and_destroy(GTK_MENU(menu), anchor);
+    return result;
 }

@@ -1,10 +1,13 @@
 #include "app/component_gui_metadata_editor.h"
 
+#include "app/entry_undo.h"
 #include "core/error.h"
 #include "core/raii.h"
 #include "gui/gui.h"
 #include "gui/spacifying_entry.h"
 #include "widgets/langstr_entry.h"
+
+#include <string>
 
 struct _OvComponentGuiMetadataEditor {
     GtkFrame parent_instance;
@@ -173,4 +176,16 @@ gboolean ov_component_gui_metadata_editor_replace_metadata(OvComponentGuiMetadat
     g_free(*version);
     *version = new_version.release();
     return TRUE;
+}
+
+void ov_component_gui_metadata_editor_record_edits(OvComponentGuiMetadataEditor *editor,
+                                                   OvUndoHistory *history)
+{
+    g_return_if_fail(OV_IS_COMPONENT_GUI_METADATA_EDITOR(editor));
+    // "Edit template name", from the name's label.
+    const ov::GStr name = ov::gstr(g_ascii_strdown(editor->name_label, -1));
+    const std::string name_step = std::string("Edit ") + name.get();
+    ov_entry_undo_track_langstr_entry(OV_LANGSTR_ENTRY(editor->name_entry), history, name_step.c_str());
+    ov_entry_undo_track_langstr_entry(OV_LANGSTR_ENTRY(editor->author_entry), history, "Edit author");
+    ov_entry_undo_track_text_entry(GTK_ENTRY(editor->version_entry), history, "Edit version");
 }

@@ -2,6 +2,7 @@
 // required; "changed" is emitted whenever one of the three fields changes.
 #pragma once
 
+#include "docs_gui/undo_history.h"
 #include "lang/langstr.h"
 
 #include <gtk/gtk.h>
@@ -36,3 +37,8 @@ void ov_component_gui_metadata_editor_set_version(OvComponentGuiMetadataEditor *
 // leaves every slot as it was.
 gboolean ov_component_gui_metadata_editor_replace_metadata(OvComponentGuiMetadataEditor *editor,
                                                            langstr **name, langstr **author, char **version);
+
+// From now on the user's edits of the three fields are steps of the history
+// (borrowed; it must end before the editor).
+void ov_component_gui_metadata_editor_record_edits(OvComponentGuiMetadataEditor *editor,
+                                                   OvUndoHistory *history);

@@ -3,6 +3,7 @@
 #include "app/app_version.h"
 #include "app/component_gui_editor_window.h"
 #include "app/component_gui_metadata_editor.h"
+#include "app/entry_undo.h"
 #include "app/tab_menu_icon.h"
 #include "app/text_sheet_editor.h"
 #include "core/error.h"
@@ -11,6 +12,7 @@
 #include "docs/template.h"
 #include "docs/template_io.h"
 #include "docs_gui/template_gui.h"
+#include "docs_gui/undo_history.h"
 #include "frame/message.h"
 #include "frame/window_stack.h"
 #include "gui/gui.h"
@@ -20,6 +22,7 @@
 #include "widgets/langstr_window.h"
 
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -63,23 +66,158 @@ void update_translation_stats(EditingState *self)
     ov_component_gui_editor_window_set_translation_stats(self->window, stats.get());
 }
 
-void notify_modified(EditingState *self)
-{
-    ov_component_gui_editor_window_notify_file_has_been_modified(self->window);
-    update_translation_stats(self);
-}
-
-void connect_notify_modified(EditingState *self, GtkWidget *widget)
-{
-    g_signal_connect_swapped(widget, "changed", G_CALLBACK(notify_modified), self);
-}
-
 // The report type a page edits; null on the basic data page.
 ov_template_report_type *page_report_type(GtkWidget *page)
 {
     GtkWidget *editor = gtk_bin_get_child(GTK_BIN(page));
     return text_sheet_editor_get_report_type(TEXT_SHEET_EDITOR(editor));
 }
+
+OvUndoHistory *history_of(EditingState *self)
+{
+    return ov_component_gui_editor_window_get_undo_history(self->window);
+}
+
+// The page of the report type (the basic data page for null), or null.
+GtkWidget *page_of(EditingState *self, ov_template_report_type *report_type)
+{
+    const int pages = gtk_notebook_get_n_pages(self->notebook);
+    for (int i = 0; i < pages; ++i) {
+        GtkWidget *page = gtk_notebook_get_nth_page(self->notebook, i);
+        if (page_report_type(page) == report_type)
+            return page;
+    }
+    return nullptr;
+}
+
+// The tab and the notebook's menu show the report type's name.
+void show_report_type_name(EditingState *self, GtkWidget *page, const langstr *name)
+{
+    GtkWidget *tab = gtk_notebook_get_tab_label(self->notebook, page);
+    const ov::Owned<GList, g_list_free> children(gtk_container_get_children(GTK_CONTAINER(tab)));
+    for (GList *child = children.get(); child != nullptr; child = child->next)
+        if (OV_IS_LANGSTR_LABEL(child->data))
+            ov_langstr_label_set_content(OV_LANGSTR_LABEL(child->data), name);
+    GtkWidget *menu_label = gtk_notebook_get_menu_label(self->notebook, page);
+    if (OV_IS_LANGSTR_LABEL(menu_label))
+        ov_langstr_label_set_content(OV_LANGSTR_LABEL(menu_label), name);
+}
+
+// After an undo or a redo: the page of the edit comes to the front and its
+// sheet shows where the edit was.
+void on_undo_applied(OvUndoHistory *, const OvUndoPlace *place, EditingState *self)
+{
+    if (!place->on_sheet && place->report_type == nullptr)
+        return;
+    GtkWidget *page = page_of(self, place->report_type);
+    if (page == nullptr)
+        return;
+    gtk_notebook_set_current_page(self->notebook, gtk_notebook_page_num(self->notebook, page));
+    if (place->on_sheet)
+        text_sheet_editor_show_place(TEXT_SHEET_EDITOR(gtk_bin_get_child(GTK_BIN(page))), place);
+}
+
+OvUndoPlace report_type_place(ov_template_report_type *report_type)
+{
+    return {FALSE, report_type, nullptr, nullptr, nullptr};
+}
+
+// A report type's page put into the notebook by the edit, or taken out by
+// it. While out, the step keeps the page with its tab and the report type
+// unlinked from the template, and destroys both with itself.
+class ReportTypePageStep : public ov::UndoStep
+{
+  public:
+    ReportTypePageStep(std::string text, EditingState *self, GtkWidget *page, bool inserted)
+        : UndoStep(std::move(text), report_type_place(page_report_type(page))), self_(self),
+          report_type_(page_report_type(page)), page_(ov::ObjectRef<GtkWidget>::ref(page)),
+          inserted_(inserted)
+    {
+        if (!inserted)
+            take_out();
+    }
+    ~ReportTypePageStep() override
+    {
+        if (!out_)
+            return;
+        // The page's editor goes first: it must not outlive its report type.
+        gtk_widget_destroy(page_.get());
+        ov_template_report_type_destroy(report_type_);
+    }
+    void undo() override { inserted_ ? take_out() : put_back(); }
+    void redo() override { inserted_ ? put_back() : take_out(); }
+
+  private:
+    void take_out()
+    {
+        GtkNotebook *notebook = self_->notebook;
+        index_ = gtk_notebook_page_num(notebook, page_.get());
+        tab_ = ov::ObjectRef<GtkWidget>::ref(gtk_notebook_get_tab_label(notebook, page_.get()));
+        menu_label_ = ov::ObjectRef<GtkWidget>::ref(gtk_notebook_get_menu_label(notebook, page_.get()));
+        gtk_notebook_remove_page(notebook, index_);
+        ov_template_report_type_remove(report_type_);
+        out_ = true;
+    }
+    void put_back()
+    {
+        gtk_notebook_insert_page_menu(self_->notebook, page_.get(), tab_.get(), menu_label_.get(), index_);
+        ov_template_add_report_type(self_->tmpl, report_type_);
+        tab_.reset();
+        menu_label_.reset();
+        out_ = false;
+    }
+
+    EditingState *self_;
+    ov_template_report_type *report_type_;
+    ov::ObjectRef<GtkWidget> page_, tab_, menu_label_;
+    int index_ = 0;
+    bool inserted_;
+    bool out_ = false;
+};
+
+// A page moved from one tab position to another.
+class ReportTypeMoveStep : public ov::UndoStep
+{
+  public:
+    ReportTypeMoveStep(std::string text, EditingState *self, GtkWidget *page, int from, int to)
+        : UndoStep(std::move(text), report_type_place(page_report_type(page))), self_(self), page_(page),
+          from_(from), to_(to)
+    {
+    }
+    void undo() override { gtk_notebook_reorder_child(self_->notebook, page_, from_); }
+    void redo() override { gtk_notebook_reorder_child(self_->notebook, page_, to_); }
+
+  private:
+    EditingState *self_;
+    GtkWidget *page_;
+    int from_, to_;
+};
+
+// A report type's old name; its tab follows.
+class ReportTypeRenameStep : public ov::LangstrStep
+{
+  public:
+    ReportTypeRenameStep(EditingState *self, GtkWidget *page, langstr *old)
+        : LangstrStep("Rename report type", report_type_place(page_report_type(page)),
+                      &page_report_type(page)->name, old),
+          self_(self), page_(page)
+    {
+    }
+    void undo() override
+    {
+        LangstrStep::undo();
+        show_report_type_name(self_, page_, page_report_type(page_)->name);
+    }
+    void redo() override
+    {
+        LangstrStep::redo();
+        show_report_type_name(self_, page_, page_report_type(page_)->name);
+    }
+
+  private:
+    EditingState *self_;
+    GtkWidget *page_;
+};
 
 GtkWidget *create_page()
 {
@@ -134,7 +272,7 @@ gboolean add_notebook_page(EditingState *self, ov_template_report_type *report_t
                             : text_sheet_editor_new_for_basic_data(self->tmpl);
     gtk_widget_show(editor);
     gtk_container_add(GTK_CONTAINER(page), editor);
-    connect_notify_modified(self, editor);
+    text_sheet_editor_set_undo_history(TEXT_SHEET_EDITOR(editor), history_of(self));
     return TRUE;
 }
 
@@ -149,9 +287,9 @@ void on_report_type_menu_item(GtkMenuItem *item, gpointer chosen)
 }
 
 // Pops up the menu of the report type on page; TRUE when it changed anything.
-gboolean run_report_type_menu(GtkNotebook *notebook, OvLangstrLabel *label, GtkWidget *page,
-                              ov_template_report_type *report_type)
+gboolean run_report_type_menu(EditingState *self, GtkWidget *page, ov_template_report_type *report_type)
 {
+    GtkNotebook *notebook = self->notebook;
     const int index = gtk_notebook_page_num(notebook, page);
     const int pages = gtk_notebook_get_n_pages(notebook);
     int chosen = NO_ACTION;
@@ -181,27 +319,30 @@ gboolean run_report_type_menu(GtkNotebook *notebook, OvLangstrLabel *label, GtkW
 
     switch (chosen) {
     case RENAME: {
+        LangstrPtr old(ov_langstr_clone(report_type->name));
         if (!run_report_type_window(&report_type->name, "Rename the report type"))
             return FALSE;
-        ov_langstr_label_set_content(label, report_type->name);
-        GtkWidget *menu_label = gtk_notebook_get_menu_label(notebook, page);
-        if (OV_IS_LANGSTR_LABEL(menu_label))
-            ov_langstr_label_set_content(OV_LANGSTR_LABEL(menu_label), report_type->name);
+        show_report_type_name(self, page, report_type->name);
+        ov_undo_history_record(history_of(self), new ReportTypeRenameStep(self, page, old.release()));
         return TRUE;
     }
     case MOVE_LEFT:
-        gtk_notebook_reorder_child(notebook, page, index - 1);
+    case MOVE_RIGHT: {
+        const int to = chosen == MOVE_LEFT ? index - 1 : index + 1;
+        gtk_notebook_reorder_child(notebook, page, to);
+        ov_undo_history_record(
+            history_of(self),
+            new ReportTypeMoveStep(chosen == MOVE_LEFT ? "Move report type left" : "Move report type right",
+                                   self, page, index, to));
         return TRUE;
-    case MOVE_RIGHT:
-        gtk_notebook_reorder_child(notebook, page, index + 1);
-        return TRUE;
+    }
     case ERASE:
         if (!ov_message_ask_yes_no_question(FALSE, TRUE,
                                             "Do you really want to delete this entire report type?"))
             return FALSE;
-        // The page's editor goes first: it must not outlive its report type.
-        gtk_notebook_remove_page(notebook, index);
-        ov_template_report_type_destroy(report_type);
+        // The step takes the page out and keeps it while it can be undone.
+        ov_undo_history_record(history_of(self),
+                               new ReportTypePageStep("Erase report type", self, page, false));
         return TRUE;
     default:
         return FALSE;
@@ -216,28 +357,23 @@ void on_tab_icon_clicked(GtkWidget *icon, EditingState *self)
         GtkWidget *page = gtk_notebook_get_nth_page(self->notebook, i);
         if (gtk_notebook_get_tab_label(self->notebook, page) != tab)
             continue;
-        ov::Owned<GList, g_list_free> children(gtk_container_get_children(GTK_CONTAINER(tab)));
-        for (GList *child = children.get(); child != nullptr; child = child->next) {
-            if (!OV_IS_LANGSTR_LABEL(child->data))
-                continue;
-            if (run_report_type_menu(self->notebook, OV_LANGSTR_LABEL(child->data), page,
-                                     page_report_type(page)))
-                notify_modified(self);
-            return;
-        }
-        break;
+        run_report_type_menu(self, page, page_report_type(page));
+        return;
     }
     ov_message_show_error("Report type menu error.");
 }
 
-// Adds the page of a report type that is already in the template and shows it.
-void show_new_report_type(EditingState *self, ov_template_report_type *report_type)
+// Adds the page of a report type that is already in the template, shows it
+// and records the addition.
+void show_new_report_type(EditingState *self, ov_template_report_type *report_type, const char *step_text)
 {
     if (!add_notebook_page(self, report_type)) {
         show_error_buffer();
         return;
     }
     gtk_notebook_set_current_page(self->notebook, -1);
+    ov_undo_history_record(history_of(self),
+                           new ReportTypePageStep(step_text, self, page_of(self, report_type), true));
 }
 
 void on_new_clicked(GtkButton *, EditingState *self)
@@ -248,8 +384,7 @@ void on_new_clicked(GtkButton *, EditingState *self)
     const LangstrPtr owned_name(name);
     ov_template_report_type *report_type = ov_template_report_type_new(name);
     ov_template_add_report_type(self->tmpl, report_type);
-    show_new_report_type(self, report_type);
-    notify_modified(self);
+    show_new_report_type(self, report_type, "New report type");
 }
 
 void on_from_template_clicked(GtkButton *, EditingState *self)
@@ -257,8 +392,7 @@ void on_from_template_clicked(GtkButton *, EditingState *self)
     if (!ov_template_gui_apply_template_to_template(OV_TEMPLATE_GUI_REPORT_TYPE, self->tmpl, nullptr, nullptr,
                                                     nullptr))
         return;
-    show_new_report_type(self, self->tmpl->report_types.last());
-    notify_modified(self);
+    show_new_report_type(self, self->tmpl->report_types.last(), "Report type from template");
 }
 
 // The codeset file names of the entry's text: split at commas, each piece
@@ -343,7 +477,7 @@ void add_codeset_entry(EditingState *self, GtkBox *box)
     GtkWidget *entry =
         ov_gui_pack_spacifying_entry(GTK_BOX(inner), FALSE, FALSE, codeset_text(self->tmpl).c_str(), FALSE);
     self->codeset_entry = OV_SPACIFYING_ENTRY(entry);
-    connect_notify_modified(self, entry);
+    ov_entry_undo_track_text_entry(GTK_ENTRY(entry), history_of(self), "Edit codeset file names");
 }
 
 // The template at path, or a new one when there is no such file; null after
@@ -388,7 +522,7 @@ void run_editing_window(const char *path)
     ov_component_gui_metadata_editor_set_author(self.metadata_editor, tmpl->author);
     ov_component_gui_metadata_editor_set_name(self.metadata_editor, tmpl->name);
     ov_component_gui_metadata_editor_set_version(self.metadata_editor, tmpl->version);
-    connect_notify_modified(&self, metadata);
+    ov_component_gui_metadata_editor_record_edits(self.metadata_editor, history_of(&self));
 
     self.notebook = GTK_NOTEBOOK(ov_gui_pack_notebook(GTK_BOX(box), TRUE));
     gtk_notebook_popup_enable(self.notebook);
@@ -405,6 +539,11 @@ void run_editing_window(const char *path)
     add_action_box(&self);
     add_codeset_entry(&self, GTK_BOX(box));
     g_signal_connect(window, "save", G_CALLBACK(on_save), &self);
+    g_signal_connect(ov_component_gui_editor_window_get_undo_history(self.window), "applied",
+                     G_CALLBACK(on_undo_applied), &self);
+    // Every edit, undo and redo changes the history.
+    g_signal_connect_swapped(ov_component_gui_editor_window_get_undo_history(self.window), "changed",
+                             G_CALLBACK(update_translation_stats), &self);
 
     ov_window_stack_run_window(GTK_WINDOW(window), OV_WINDOW_STACK_POSITION_MAXIMIZED, nullptr, nullptr,
                                nullptr);

@@ -32,6 +32,8 @@ struct Impl {
     const void *focus_node = nullptr;
     ov_text_sheet_field *focus_field = nullptr;
     std::size_t focus_piece = SIZE_MAX;
+    // Borrowed: a history may keep a page of this editor for an undo.
+    OvUndoHistory *history = nullptr;
 };
 
 } // namespace
@@ -218,8 +220,8 @@ void set_policy(TextSheetEditor *editor, GtkScrollablePolicy &slot, GtkScrollabl
 gboolean run_text_sheet_menu(TextSheetEditor *editor, ov_text_sheet_segment *segment,
                              ov_text_sheet_block *block, ov_text_sheet_row *row)
 {
-    return ov_text_sheet_menu_run_for_template(editor->tmpl, editor->report_type, segment, block, row,
-                                               nullptr);
+    return ov_text_sheet_menu_run_with_history(editor->tmpl, editor->report_type, segment, block, row,
+                                               nullptr, editor->impl->history);
 }
 
 // Runs the menu; on a change the layout is listed anew, the sheet redrawn
@@ -602,7 +604,7 @@ void open_menu_at_focus(TextSheetEditor *editor)
     ++impl->menus_running;
     const gboolean changed =
         ov_text_sheet_menu_run_at_rect(editor->tmpl, editor->report_type, n.segment, n.block, n.row,
-                                       GTK_WIDGET(editor), &rectangle, nullptr);
+                                       GTK_WIDGET(editor), &rectangle, nullptr, impl->history);
     --impl->menus_running;
     editor->context.highlighted_row = nullptr;
     after_edit(editor, changed);
@@ -619,7 +621,7 @@ void perform_on(TextSheetEditor *editor, const FocusedNodes &n, OvTextSheetMenuA
         n.segment->hit_area.layout_stamp = 0;
     ++impl->menus_running;
     const gboolean changed = ov_text_sheet_menu_perform(editor->tmpl, editor->report_type, n.segment, n.block,
-                                                        n.row, action, parent_window(editor));
+                                                        n.row, action, parent_window(editor), impl->history);
     --impl->menus_running;
     if (changed && action == OV_TEXT_SHEET_MENU_ADD_ROW_BELOW)
         text_sheet_focus_set(editor, Kind::row, n.row->next);
@@ -648,9 +650,12 @@ void edit_at_focus(TextSheetEditor *editor)
     if (focus_index(editor) == SIZE_MAX)
         return;
     if (impl->focus_field != nullptr) {
-        impl->layout.pieces()[impl->focus_piece].block->hit_area.layout_stamp = 0;
+        const auto &piece = impl->layout.pieces()[impl->focus_piece];
+        piece.block->hit_area.layout_stamp = 0;
+        const FocusedNodes n = focused_nodes(piece);
         ++impl->menus_running;
-        const gboolean changed = ov_text_sheet_menu_edit_field_text(impl->focus_field);
+        const gboolean changed = ov_text_sheet_menu_edit_field_text(editor->report_type, n.segment, n.block,
+                                                                    n.row, impl->focus_field, impl->history);
         --impl->menus_running;
         after_edit(editor, changed);
         return;
@@ -951,6 +956,7 @@ static void text_sheet_editor_destroy(GtkWidget *widget)
     if (editor->impl != nullptr) {
         editor->impl->measure_idle.reset();
         editor->impl->settle_idle.reset();
+        text_sheet_editor_set_undo_history(editor, nullptr);
     }
     GTK_WIDGET_CLASS(text_sheet_editor_parent_class)->destroy(widget);
 }
@@ -1072,4 +1078,75 @@ gboolean text_sheet_editor_focus_untranslated(TextSheetEditor *editor, gboolean 
         gtk_widget_grab_focus(GTK_WIDGET(editor));
     scroll_to_focus(editor);
     return TRUE;
+}
+
+void text_sheet_editor_set_undo_history(TextSheetEditor *editor, OvUndoHistory *history)
+{
+    g_return_if_fail(TEXT_SHEET_IS_EDITOR(editor));
+    OvUndoHistory *&slot = editor->impl->history;
+    if (slot != nullptr)
+        g_object_remove_weak_pointer(G_OBJECT(slot), reinterpret_cast<gpointer *>(&slot));
+    slot = history;
+    if (slot != nullptr)
+        g_object_add_weak_pointer(G_OBJECT(slot), reinterpret_cast<gpointer *>(&slot));
+}
+
+namespace
+{
+
+// The piece of the deepest node of the place that is on the page, or the
+// number of pieces when none is.
+std::size_t piece_of_place(const TextSheetLayout &layout, const OvUndoPlace &place)
+{
+    using Kind = TextSheetLayout::Kind;
+    const auto &pieces = layout.pieces();
+    std::size_t best = pieces.size();
+    int best_depth = 0;
+    for (std::size_t i = 0; i < pieces.size() && best_depth < 3; ++i) {
+        const TextSheetLayout::Piece &piece = pieces[i];
+        int depth = 0;
+        if (piece.kind == Kind::row && place.row != nullptr && piece.row == place.row)
+            depth = 3;
+        else if (piece.kind == Kind::block_header && place.block != nullptr && piece.block == place.block)
+            depth = 2;
+        else if ((piece.kind == Kind::segment_header || piece.kind == Kind::basic_data_header) &&
+                 place.segment != nullptr && piece.segment == place.segment)
+            depth = 1;
+        if (depth > best_depth) {
+            best = i;
+            best_depth = depth;
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+void text_sheet_editor_show_place(TextSheetEditor *editor, const OvUndoPlace *place)
+{
+    g_return_if_fail(TEXT_SHEET_IS_EDITOR(editor) && place != nullptr);
+    Impl *impl = editor->impl;
+    // The nodes of the place may have new headers, fields or rows.
+    for (ov_text_sheet_hit_area *area : {place->segment != nullptr ? &place->segment->hit_area : nullptr,
+                                         place->block != nullptr ? &place->block->hit_area : nullptr,
+                                         place->row != nullptr ? &place->row->hit_area : nullptr})
+        if (area != nullptr)
+            area->layout_stamp = 0;
+    ov_gfx_text_cache_clear(impl->texts.get());
+    impl->layout.rebuild();
+    const std::size_t index = piece_of_place(impl->layout, *place);
+    if (index < impl->layout.pieces().size() && editor->vadjustment != nullptr &&
+        gtk_widget_get_realized(GTK_WIDGET(editor))) {
+        const int page = gtk_widget_get_allocated_height(GTK_WIDGET(editor));
+        const auto &piece = impl->layout.pieces()[index];
+        impl->layout.measure_range(&editor->context, piece.y - page, piece.y + page);
+        settle_content_height(editor);
+        const auto &measured = impl->layout.pieces()[index];
+        const double value = gtk_adjustment_get_value(editor->vadjustment);
+        if (measured.y < value || measured.y + measured.height > value + page)
+            gtk_adjustment_set_value(
+                editor->vadjustment,
+                std::max(0, measured.y + std::min(measured.height, page) / 2 - page / 2));
+    }
+    relayout(editor);
 }

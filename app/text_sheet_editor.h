@@ -8,6 +8,7 @@
 #pragma once
 
 #include "docs/template.h"
+#include "docs_gui/undo_history.h"
 
 #include <gtk/gtk.h>
 
@@ -39,3 +40,9 @@ gboolean text_sheet_editor_get_focus(TextSheetEditor *editor, TextSheetEditorFoc
 // in the active language, after the focused node or, with whole_page, from
 // the page's start (or end); FALSE when there is none there.
 gboolean text_sheet_editor_focus_untranslated(TextSheetEditor *editor, gboolean forward, gboolean whole_page);
+// Edits through the sheet's menu are recorded in the history, which is
+// borrowed (and forgotten should it end first); null records none.
+void text_sheet_editor_set_undo_history(TextSheetEditor *editor, OvUndoHistory *history);
+// After an undo or a redo: the sheet is listed anew and scrolled so that the
+// deepest node of the place that is on the page is in view.
+void text_sheet_editor_show_place(TextSheetEditor *editor, const OvUndoPlace *place);

@@ -2,11 +2,14 @@
 
 #include "docs_gui/template_gui.h"
 #include "docs_gui/text_sheet_fields_gui.h"
+#include "docs_gui/undo_history.h"
 #include "frame/message.h"
 #include "gui/menu.h"
 #include "widgets/langstr_window.h"
 
 #include <array>
+#include <string>
+#include <utility>
 
 namespace
 {
@@ -86,7 +89,38 @@ struct Context {
     ov_text_sheet_block *block;
     ov_text_sheet_row *row;
     GtkWindow *parent;
+    OvUndoHistory *history; // may be null
+    std::string entry;      // the chosen entry's text, which names the edit
     gboolean changed;
+
+    // The deepest of the given nodes, or else of the clicked ones.
+    OvUndoPlace place(ov_text_sheet_segment *s = nullptr, ov_text_sheet_block *b = nullptr,
+                      ov_text_sheet_row *r = nullptr) const
+    {
+        if (s == nullptr && b == nullptr && r == nullptr)
+            return {TRUE, report_type, segment, block, row};
+        return {TRUE, report_type, s != nullptr ? s : segment, b, r};
+    }
+    void record(ov::UndoStep *step) const { ov_undo_history_record(history, step); }
+};
+
+// The fields of a row before the fields dialog's "OK"; undo and redo swap
+// the two lists.
+class FieldsStep : public ov::UndoStep
+{
+  public:
+    FieldsStep(std::string text, const OvUndoPlace &place, ov_text_sheet_row *row,
+               ov::SentinelList<ov_text_sheet_field> old)
+        : UndoStep(std::move(text), place), row_(row), other_(old)
+    {
+    }
+    ~FieldsStep() override { ov::list_destroy(other_, ov_text_sheet_field_destroy); }
+    void undo() override { std::swap(row_->fields, other_); }
+    void redo() override { std::swap(row_->fields, other_); }
+
+  private:
+    ov_text_sheet_row *row_;
+    ov::SentinelList<ov_text_sheet_field> other_;
 };
 
 // A node is first or last when its neighbour is the list's sentinel.
@@ -112,11 +146,24 @@ constexpr HeaderField segment_header = {"Segment header", TRUE};
 constexpr HeaderField block_header = {"Block header", TRUE};
 constexpr HeaderField row_header = {"Row header", FALSE};
 
-// Edits the node's own header in place; TRUE when confirmed.
-template <class Node> gboolean edit_header(Node *node, const HeaderField &field)
+// Records the old header of a node whose header the edit changed; it
+// takes over old.
+void record_header(const Context &c, const OvUndoPlace &place, langstr **slot, langstr *old)
 {
-    return ov_langstr_window_run(0, &node->header, nullptr, nullptr, 0, field.allow_empty, nullptr,
-                                 field.label, nullptr, nullptr);
+    c.record(new ov::LangstrStep(c.entry, place, slot, old));
+}
+
+// Edits the node's own header in place; TRUE when confirmed.
+template <class Node> gboolean edit_header(const Context &c, Node *node, const HeaderField &field)
+{
+    langstr *old = ov_langstr_clone(node->header);
+    if (!ov_langstr_window_run(0, &node->header, nullptr, nullptr, 0, field.allow_empty, nullptr, field.label,
+                               nullptr, nullptr)) {
+        ov_langstr_free(old);
+        return FALSE;
+    }
+    record_header(c, c.place(), &node->header, old);
+    return TRUE;
 }
 
 // A new node with the header the user enters, or null when cancelled.
@@ -131,15 +178,31 @@ template <class Node> Node *ask_new_node(Node *(*create)(const langstr *), const
     return node;
 }
 
+// Where a new or deleted node is shown.
+OvUndoPlace place_of(const Context &c, ov_text_sheet_segment *node)
+{
+    return c.place(node);
+}
+OvUndoPlace place_of(const Context &c, ov_text_sheet_block *node)
+{
+    return c.place(c.segment, node);
+}
+OvUndoPlace place_of(const Context &c, ov_text_sheet_row *node)
+{
+    return c.place(c.segment, c.block, node);
+}
+
 // Links a new node into place with link(node); FALSE when the user
 // cancelled its header.
 template <class Node, class Link>
-gboolean add_node(Node *(*create)(const langstr *), const HeaderField &field, Link link)
+gboolean add_node(const Context &c, Node *(*create)(const langstr *), void (*destroy)(Node *),
+                  const HeaderField &field, Link link)
 {
     Node *node = ask_new_node(create, field);
     if (node == nullptr)
         return FALSE;
     link(node);
+    c.record(new ov::SpliceStep<Node>(c.entry, place_of(c, node), node->previous, 1, destroy));
     return TRUE;
 }
 
@@ -151,86 +214,145 @@ ov_text_sheet_row *new_row(const langstr *header)
     return row;
 }
 
-template <class Node> gboolean delete_node(Node *node, void (*destroy)(Node *), const char *question)
+// The step takes the node out of the sheet and keeps it while it can be
+// undone; without a history it is destroyed at once.
+template <class Node>
+gboolean delete_node(const Context &c, Node *node, void (*destroy)(Node *), const char *question)
 {
     if (!ov_message_ask_yes_no_question(FALSE, TRUE, question))
         return FALSE;
-    destroy(node);
+    c.record(new ov::SpliceStep<Node>(c.entry, place_of(c, node), node, destroy));
     return TRUE;
 }
 
-template <class Node> gboolean delete_header(Node *node, const char *question)
+template <class Node> gboolean delete_header(const Context &c, Node *node, const char *question)
 {
     if (!ov_message_ask_yes_no_question(FALSE, FALSE, question))
         return FALSE;
-    ov_langstr_free(node->header);
-    node->header = nullptr;
+    record_header(c, c.place(), &node->header, std::exchange(node->header, nullptr));
     return TRUE;
 }
 
-// Items read from other templates always go to the end of the target.
+template <class Node> gboolean move_node(const Context &c, Node *node, bool up)
+{
+    if (!(up ? ov::list_move_up(node) : ov::list_move_down(node)))
+        return FALSE;
+    c.record(new ov::MoveStep<Node>(c.entry, place_of(c, node), node, up));
+    return TRUE;
+}
+
+// The step of a read: the nodes appended to list after its last node before
+// the read (its head sentinel when it was empty).
+template <class Node>
+void record_appended(const Context &c, const OvUndoPlace &place, const ov::SentinelList<Node> &list,
+                     Node *mark, void (*destroy)(Node *))
+{
+    std::uint32_t count = 0;
+    for (Node *node = mark->next; !list.is_end(node); node = node->next)
+        ++count;
+    c.record(new ov::SpliceStep<Node>(c.entry, place, mark, count, destroy));
+}
+
+// Items read from other templates always go to the end of the target: the
+// list each mode appends to is marked before the read.
 gboolean read_from_template(const Context &c, int mode)
 {
-    return ov_template_gui_apply_template_to_template(mode, c.tmpl, c.report_type, c.segment, c.block);
+    auto read = [&](const OvUndoPlace &place, const auto &list, auto destroy) -> gboolean {
+        auto *mark = list.tail->previous;
+        if (!ov_template_gui_apply_template_to_template(mode, c.tmpl, c.report_type, c.segment, c.block))
+            return FALSE;
+        record_appended(c, place, list, mark, destroy);
+        return TRUE;
+    };
+    switch (mode) {
+    case OV_TEMPLATE_GUI_ALL_BASIC_DATA_BLOCKS:
+        return read(c.place(c.tmpl->details), c.tmpl->details->blocks, ov_text_sheet_block_destroy);
+    case OV_TEMPLATE_GUI_ALL_SEGMENTS_OF_REPORT_TYPE:
+    case OV_TEMPLATE_GUI_SEGMENT:
+        return read(c.place(), c.report_type->segments, ov_text_sheet_segment_destroy);
+    case OV_TEMPLATE_GUI_BASIC_DATA_BLOCK:
+    case OV_TEMPLATE_GUI_BLOCK:
+        return read(c.place(), c.segment->blocks, ov_text_sheet_block_destroy);
+    default:
+        return read(c.place(), c.block->rows, ov_text_sheet_row_destroy);
+    }
+}
+
+// The fields dialog's "OK" is one step that keeps a copy of the fields
+// before it.
+gboolean set_up_fields(const Context &c)
+{
+    ov::SentinelList<ov_text_sheet_field> old;
+    ov::list_init(old);
+    ov::list_clone_into(old, c.row->fields, ov_text_sheet_field_clone);
+    if (!ov_text_sheet_fields_gui_run(c.row, c.parent)) {
+        ov::list_destroy(old, ov_text_sheet_field_destroy);
+        return FALSE;
+    }
+    c.record(new FieldsStep(c.entry, c.place(), c.row, old));
+    return TRUE;
 }
 
 gboolean perform(Context &c, Action action)
 {
     switch (action) {
     case ADD_BLOCK:
-        return add_node(ov_text_sheet_block_new, block_header,
+        return add_node(c, ov_text_sheet_block_new, ov_text_sheet_block_destroy, block_header,
                         [&](auto *node) { ov_text_sheet_segment_add_block(c.segment, node); });
     case ADD_BLOCK_ABOVE:
-        return add_node(ov_text_sheet_block_new, block_header,
+        return add_node(c, ov_text_sheet_block_new, ov_text_sheet_block_destroy, block_header,
                         [&](auto *node) { ov_text_sheet_block_add_before(node, c.block); });
     case ADD_BLOCK_BELOW:
-        return add_node(ov_text_sheet_block_new, block_header,
+        return add_node(c, ov_text_sheet_block_new, ov_text_sheet_block_destroy, block_header,
                         [&](auto *node) { ov_text_sheet_block_add_after(node, c.block); });
     case ADD_ROW:
-        return add_node(new_row, row_header, [&](auto *node) { ov_text_sheet_block_add_row(c.block, node); });
+        return add_node(c, new_row, ov_text_sheet_row_destroy, row_header,
+                        [&](auto *node) { ov_text_sheet_block_add_row(c.block, node); });
     case ADD_ROW_ABOVE:
-        return add_node(new_row, row_header, [&](auto *node) { ov_text_sheet_row_add_before(node, c.row); });
+        return add_node(c, new_row, ov_text_sheet_row_destroy, row_header,
+                        [&](auto *node) { ov_text_sheet_row_add_before(node, c.row); });
     case ADD_ROW_BELOW:
-        return add_node(new_row, row_header, [&](auto *node) { ov_text_sheet_row_add_after(node, c.row); });
+        return add_node(c, new_row, ov_text_sheet_row_destroy, row_header,
+                        [&](auto *node) { ov_text_sheet_row_add_after(node, c.row); });
     case ADD_SEGMENT:
-        return add_node(ov_text_sheet_segment_new, segment_header,
+        return add_node(c, ov_text_sheet_segment_new, ov_text_sheet_segment_destroy, segment_header,
                         [&](auto *node) { ov_template_report_type_add_segment(c.report_type, node); });
     case ADD_SEGMENT_ABOVE:
-        return add_node(ov_text_sheet_segment_new, segment_header,
+        return add_node(c, ov_text_sheet_segment_new, ov_text_sheet_segment_destroy, segment_header,
                         [&](auto *node) { ov_text_sheet_segment_add_before(node, c.segment); });
     case ADD_SEGMENT_BELOW:
-        return add_node(ov_text_sheet_segment_new, segment_header,
+        return add_node(c, ov_text_sheet_segment_new, ov_text_sheet_segment_destroy, segment_header,
                         [&](auto *node) { ov_text_sheet_segment_add_after(node, c.segment); });
     case DELETE_BLOCK:
-        return delete_node(c.block, ov_text_sheet_block_destroy,
+        return delete_node(c, c.block, ov_text_sheet_block_destroy,
                            "Do you really want to delete this entire block?");
     case DELETE_BLOCK_HEADER:
-        return delete_header(c.block, "Do you really want to delete the block header?");
+        return delete_header(c, c.block, "Do you really want to delete the block header?");
     case DELETE_ROW:
-        return delete_node(c.row, ov_text_sheet_row_destroy, "Do you really want to delete this row?");
+        return delete_node(c, c.row, ov_text_sheet_row_destroy, "Do you really want to delete this row?");
     case DELETE_SEGMENT:
-        return delete_node(c.segment, ov_text_sheet_segment_destroy,
+        return delete_node(c, c.segment, ov_text_sheet_segment_destroy,
                            "Do you really want to delete this entire segment?");
     case DELETE_SEGMENT_HEADER:
-        return delete_header(c.segment, "Do you really want to delete the segment header?");
+        return delete_header(c, c.segment, "Do you really want to delete the segment header?");
     case EDIT_BLOCK_HEADER:
-        return edit_header(c.block, block_header);
+        return edit_header(c, c.block, block_header);
     case EDIT_ROW_HEADER:
-        return edit_header(c.row, row_header);
+        return edit_header(c, c.row, row_header);
     case EDIT_SEGMENT_HEADER:
-        return edit_header(c.segment, segment_header);
+        return edit_header(c, c.segment, segment_header);
     case MOVE_BLOCK_DOWN:
-        return ov_text_sheet_block_move_down(c.block);
+        return move_node(c, c.block, false);
     case MOVE_BLOCK_UP:
-        return ov_text_sheet_block_move_up(c.block);
+        return move_node(c, c.block, true);
     case MOVE_ROW_DOWN:
-        return ov_text_sheet_row_move_down(c.row);
+        return move_node(c, c.row, false);
     case MOVE_ROW_UP:
-        return ov_text_sheet_row_move_up(c.row);
+        return move_node(c, c.row, true);
     case MOVE_SEGMENT_DOWN:
-        return ov_text_sheet_segment_move_down(c.segment);
+        return move_node(c, c.segment, false);
     case MOVE_SEGMENT_UP:
-        return ov_text_sheet_segment_move_up(c.segment);
+        return move_node(c, c.segment, true);
     case READ_ALL:
         return read_from_template(c, c.basic_data ? OV_TEMPLATE_GUI_ALL_BASIC_DATA_BLOCKS
                                                   : OV_TEMPLATE_GUI_ALL_SEGMENTS_OF_REPORT_TYPE);
@@ -241,7 +363,7 @@ gboolean perform(Context &c, Action action)
     case READ_ONE_SEGMENT:
         return read_from_template(c, OV_TEMPLATE_GUI_SEGMENT);
     case SET_UP_FIELDS:
-        return ov_text_sheet_fields_gui_run(c.row, c.parent);
+        return set_up_fields(c);
     case N_ACTIONS:
         break;
     }
@@ -252,8 +374,10 @@ void on_activate(GtkMenuItem *item, gpointer context)
 {
     auto *c = static_cast<Context *>(context);
     const int action = GPOINTER_TO_INT(ov_gui_menu_get_item_data(GTK_WIDGET(item)));
-    if (action >= 0 && action < N_ACTIONS)
-        c->changed = perform(*c, static_cast<Action>(action));
+    if (action < 0 || action >= N_ACTIONS)
+        return;
+    c->entry = gtk_menu_item_get_label(item);
+    c->changed = perform(*c, static_cast<Action>(action));
 }
 
 class MenuBuilder
@@ -332,12 +456,13 @@ namespace
 // The menu for the most specific level given, shown by show.
 template <class Show>
 gboolean run_menu(ov_template *tmpl, ov_template_report_type *report_type, ov_text_sheet_segment *segment,
-                  ov_text_sheet_block *block, ov_text_sheet_row *row, GtkWindow *parent, Show show)
+                  ov_text_sheet_block *block, ov_text_sheet_row *row, GtkWindow *parent,
+                  OvUndoHistory *history, Show show)
 {
     const bool basic_data = report_type == nullptr;
     if (basic_data && segment == nullptr)
         segment = tmpl->details;
-    Context c = {tmpl, report_type, basic_data, segment, block, row, parent, FALSE};
+    Context c = {tmpl, report_type, basic_data, segment, block, row, parent, history, {}, FALSE};
     MenuBuilder m(c);
     if (row != nullptr)
         build_row_menu(m, row);
@@ -359,21 +484,30 @@ gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_repo
                                              ov_text_sheet_segment *segment, ov_text_sheet_block *block,
                                              ov_text_sheet_row *row, GtkWindow *parent)
 {
+    return ov_text_sheet_menu_run_with_history(tmpl, report_type, segment, block, row, parent, nullptr);
+}
+
+gboolean ov_text_sheet_menu_run_with_history(ov_template *tmpl, ov_template_report_type *report_type,
+                                             ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                             ov_text_sheet_row *row, GtkWindow *parent,
+                                             OvUndoHistory *history)
+{
     g_return_val_if_fail(tmpl != nullptr, FALSE);
     g_return_val_if_fail(row == nullptr || block != nullptr, FALSE);
-    return run_menu(tmpl, report_type, segment, block, row, parent,
+    return run_menu(tmpl, report_type, segment, block, row, parent, history,
                     [](GtkMenu *menu) { ov_gui_menu_run_and_destroy(menu, nullptr); });
 }
 
 gboolean ov_text_sheet_menu_run_at_rect(ov_template *tmpl, ov_template_report_type *report_type,
                                         ov_text_sheet_segment *segment, ov_text_sheet_block *block,
                                         ov_text_sheet_row *row, GtkWidget *widget,
-                                        const GdkRectangle *rectangle, GtkWindow *parent)
+                                        const GdkRectangle *rectangle, GtkWindow *parent,
+                                        OvUndoHistory *history)
 {
     g_return_val_if_fail(tmpl != nullptr, FALSE);
     g_return_val_if_fail(row == nullptr || block != nullptr, FALSE);
     g_return_val_if_fail(GTK_IS_WIDGET(widget) && rectangle != nullptr, FALSE);
-    return run_menu(tmpl, report_type, segment, block, row, parent,
+    return run_menu(tmpl, report_type, segment, block, row, parent, history,
                     [&](GtkMenu *menu) { ov_gui_menu_run_at_rect_and_destroy(menu, widget, rectangle); });
 }
 
@@ -414,7 +548,8 @@ template <class Node> bool offered_at(const Node *node, int place)
 
 gboolean ov_text_sheet_menu_perform(ov_template *tmpl, ov_template_report_type *report_type,
                                     ov_text_sheet_segment *segment, ov_text_sheet_block *block,
-                                    ov_text_sheet_row *row, OvTextSheetMenuAction action, GtkWindow *parent)
+                                    ov_text_sheet_row *row, OvTextSheetMenuAction action, GtkWindow *parent,
+                                    OvUndoHistory *history)
 {
     g_return_val_if_fail(tmpl != nullptr, FALSE);
     g_return_val_if_fail(action >= 0 && std::size_t(action) < keyed_actions.size(), FALSE);
@@ -437,16 +572,31 @@ gboolean ov_text_sheet_menu_perform(ov_template *tmpl, ov_template_report_type *
         if (row == nullptr || block == nullptr || !offered_at(row, keyed.place))
             return FALSE;
     }
-    Context c = {tmpl, report_type, basic_data, segment, block, row, parent, FALSE};
+    Context c = {
+        tmpl, report_type, basic_data, segment, block, row, parent, history, entry_texts[keyed.action],
+        FALSE};
     return perform(c, keyed.action);
 }
 
-gboolean ov_text_sheet_menu_edit_field_text(ov_text_sheet_field *field)
+gboolean ov_text_sheet_menu_edit_field_text(ov_template_report_type *report_type,
+                                            ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                            ov_text_sheet_row *row, ov_text_sheet_field *field,
+                                            OvUndoHistory *history)
 {
     g_return_val_if_fail(field != nullptr, FALSE);
-    if (field->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX)
-        return ov_langstr_window_run(0, &field->text, nullptr, nullptr, 0, FALSE, "Edit checkbox",
-                                     "Enter checkbox label", nullptr, nullptr);
-    return ov_langstr_window_run(0, &field->text, nullptr, nullptr, 0, TRUE, "Edit text field", "Text",
-                                 nullptr, nullptr);
+    const bool checkbox = field->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX;
+    langstr *old = ov_langstr_clone(field->text);
+    const gboolean confirmed =
+        checkbox ? ov_langstr_window_run(0, &field->text, nullptr, nullptr, 0, FALSE, "Edit checkbox",
+                                         "Enter checkbox label", nullptr, nullptr)
+                 : ov_langstr_window_run(0, &field->text, nullptr, nullptr, 0, TRUE, "Edit text field",
+                                         "Text", nullptr, nullptr);
+    if (!confirmed) {
+        ov_langstr_free(old);
+        return FALSE;
+    }
+    const OvUndoPlace place = {TRUE, report_type, segment, block, row};
+    ov_undo_history_record(history, new ov::LangstrStep(checkbox ? "Edit checkbox" : "Edit text field", place,
+                                                        &field->text, old));
+    return TRUE;
 }

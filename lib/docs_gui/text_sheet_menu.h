@@ -4,6 +4,7 @@
 #pragma once
 
 #include "docs/template.h"
+#include "docs_gui/undo_history.h"
 
 #include <gtk/gtk.h>
 
@@ -18,13 +19,21 @@ gboolean ov_text_sheet_menu_run_for_template(ov_template *tmpl, ov_template_repo
                                              ov_text_sheet_segment *segment, ov_text_sheet_block *block,
                                              ov_text_sheet_row *row, GtkWindow *parent);
 
+// The same, recording the change as one step of the history, named by the
+// chosen entry ("Delete row"); a null history records nothing.
+gboolean ov_text_sheet_menu_run_with_history(ov_template *tmpl, ov_template_report_type *report_type,
+                                             ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                             ov_text_sheet_row *row, GtkWindow *parent,
+                                             OvUndoHistory *history);
+
 // The same menu below a rectangle of the widget (in its window's
 // coordinates) with its first entry selected: the menu opened from the
 // keyboard for a node.
 gboolean ov_text_sheet_menu_run_at_rect(ov_template *tmpl, ov_template_report_type *report_type,
                                         ov_text_sheet_segment *segment, ov_text_sheet_block *block,
                                         ov_text_sheet_row *row, GtkWidget *widget,
-                                        const GdkRectangle *rectangle, GtkWindow *parent);
+                                        const GdkRectangle *rectangle, GtkWindow *parent,
+                                        OvUndoHistory *history);
 
 // Entries of the menu that keys reach directly.
 enum OvTextSheetMenuAction : int {
@@ -46,10 +55,16 @@ enum OvTextSheetMenuAction : int {
 };
 // Performs one entry on the node as the menu would, with the same dialogs
 // and questions, where the menu offers it (a move at the first or last
-// place does nothing); whether the template changed.
+// place does nothing), recorded in the history as the menu records it;
+// whether the template changed.
 gboolean ov_text_sheet_menu_perform(ov_template *tmpl, ov_template_report_type *report_type,
                                     ov_text_sheet_segment *segment, ov_text_sheet_block *block,
-                                    ov_text_sheet_row *row, OvTextSheetMenuAction action, GtkWindow *parent);
+                                    ov_text_sheet_row *row, OvTextSheetMenuAction action, GtkWindow *parent,
+                                    OvUndoHistory *history);
 // Edits a field's own text as the fields dialog does: a checkbox's label
-// (never empty) or a text field's pre-filled text; TRUE when confirmed.
-gboolean ov_text_sheet_menu_edit_field_text(ov_text_sheet_field *field);
+// (never empty) or a text field's pre-filled text; TRUE when confirmed,
+// with the old text kept as one step of the history.
+gboolean ov_text_sheet_menu_edit_field_text(ov_template_report_type *report_type,
+                                            ov_text_sheet_segment *segment, ov_text_sheet_block *block,
+                                            ov_text_sheet_row *row, ov_text_sheet_field *field,
+                                            OvUndoHistory *history);

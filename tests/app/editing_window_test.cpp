@@ -410,3 +410,131 @@ TEST_F(EditingWindow, FollowsTheActiveLanguage)
     EXPECT_NE(stamp_before, stamp_after); // laid out anew
     expect_file("editing/small.template");
 }
+
+// Each report type action and a sheet edit: saved after the edit, after its
+// undo (the bytes of the file before) and after its redo (those after it);
+// the undo brings the edit's page to the front and the mark follows.
+TEST_F(EditingWindow, EditsUndoAndRedoToTheSavedBytesAndShowTheirPage)
+{
+    workspace.add("source.template", template_of("Source", "", {{"Loan", "SX[BX[RX]]"}}).get());
+    copy_in(fixture("editing/small.template"));
+    const std::string original = read_file(path);
+    const auto erase = [](Script &s) { s.when_window("Question", [] { click_button("_Yes"); }); };
+    run([&](GtkWidget *window) {
+        OvUndoHistory *history =
+            ov_component_gui_editor_window_get_undo_history(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+        const std::function<void()> edits[] = {
+            [&] { tab_menu(window, "Second", "Move left"); },
+            [&] { tab_menu(window, "First", "Move right"); },
+            [&] {
+                tab_menu(window, "Second", "Rename",
+                         [](Script &s) { s.when_window("Rename the report type", enter_text("Third")); });
+            },
+            [&] { tab_menu(window, "First", "Erase", erase); },
+            [&] {
+                answered([](Script &s) { s.when_window("Name the new report type", enter_text("Third")); },
+                         [&] { click(find_button(window, "New")); });
+            },
+            [&] {
+                answered(
+                    [](Script &s) {
+                        s.when_window("Choose template", [] {
+                             click_list_row(top(), "Source");
+                             click_button("OK");
+                         }).when_window("Choose report type", [] {
+                            click_list_row(top(), "Loan");
+                            click_button("OK");
+                        });
+                    },
+                    [&] { click(find_button(window, "From template")); });
+            },
+            [&] {
+                show_page(window, "First");
+                node_menu(window, current_report_type(window)->segments.last()->hit_area.menu,
+                          "Delete segment", erase);
+                show_page(window, "Basic data");
+            },
+        };
+        for (const auto &edit : edits) {
+            const std::string tabs = tab_texts(window);
+            edit();
+            const std::string step = ov_undo_history_get_undo_text(history);
+            SCOPED_TRACE(step);
+            const std::string edited_tabs = tab_texts(window);
+            save(window);
+            const std::string edited = read_file(path);
+            EXPECT_NE(edited, original);
+            press_key(window, GDK_KEY_z, control);
+            EXPECT_TRUE(is_modified(window));
+            EXPECT_EQ(tab_texts(window), tabs);
+            if (step == "Delete segment") {
+                ov_template_report_type *shown = current_report_type(window);
+                EXPECT_TRUE(shown != nullptr && name_of(shown->name) == "First");
+            }
+            save(window);
+            EXPECT_EQ(read_file(path), original);
+            wait_ms(50);
+            press_key(window, GDK_KEY_y, control);
+            EXPECT_EQ(tab_texts(window), edited_tabs);
+            EXPECT_TRUE(is_modified(window));
+            save(window);
+            EXPECT_EQ(read_file(path), edited);
+            wait_ms(50);
+            press_key(window, GDK_KEY_z, control);
+            save(window);
+            wait_ms(50);
+        }
+        close_window(GTK_WINDOW(window));
+    });
+    EXPECT_EQ(read_file(path), original);
+}
+
+// The keystrokes of one visit to the version or codeset entry are one step,
+// a name confirmed in the multilingual window another; undone, the entries
+// show their old texts and the file is unmodified again.
+TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
+{
+    copy_in(fixture("editing/small.template"));
+    run([&](GtkWidget *window) {
+        OvUndoHistory *history =
+            ov_component_gui_editor_window_get_undo_history(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+        const std::vector<GtkWidget *> entries =
+            find_widgets(window, [](GtkWidget *w) { return OV_IS_SPACIFYING_ENTRY(w); });
+        ASSERT_EQ(entries.size(), 2u);
+        GtkWidget *version = entries[0], *codesets = entries[1];
+        auto name = [&] {
+            return std::string(gtk_label_get_text(
+                GTK_LABEL(ov_langstr_entry_get_label(OV_LANGSTR_ENTRY(name_entry(window))))));
+        };
+        auto texts = [&] {
+            return name() + "|" + gtk_entry_get_text(GTK_ENTRY(version)) + "|" +
+                   gtk_entry_get_text(GTK_ENTRY(codesets));
+        };
+        const std::string before = texts();
+        type_text(version, "23");
+        type_text(codesets, "a.codeset");
+        answered(
+            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Renamed")); },
+            [&] { click(name_entry(window)); });
+        type_text(version, "4");
+        const std::string after = texts();
+        EXPECT_EQ(after, "Renamed|4|a.codeset"); // focusing an entry selects its text
+        std::string steps;
+        for (const char *step; (step = ov_undo_history_get_undo_text(history)) != nullptr;) {
+            steps += std::string(steps.empty() ? "" : "|") + step;
+            ov_undo_history_undo(history);
+        }
+        EXPECT_EQ(steps, "Edit version|Edit template name|Edit codeset file names|Edit version");
+        EXPECT_EQ(texts(), before);
+        EXPECT_FALSE(is_modified(window));
+        while (ov_undo_history_redo(history)) {
+        }
+        EXPECT_EQ(texts(), after);
+        EXPECT_TRUE(is_modified(window));
+        answered(
+            [](Script &s) {
+                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
+            },
+            [&] { close_window(GTK_WINDOW(window)); });
+    });
+}

@@ -1,6 +1,8 @@
 // The component editor window and the metadata editor: saving and closing
 // from the keyboard, the menu and the close button, the "Save before
-// closing?" answers, the title, and the metadata's hand-over.
+// closing?" answers, the title, the metadata's hand-over, and undo and redo
+// through the Edit menu and the keys.
+#include "docs_gui/docs_gui_test_util.h"
 #include "support/gui_driver.h"
 #include "support/test_support.h"
 
@@ -193,3 +195,93 @@ TEST(MetadataEditorTest, HandsOverTheFieldsAndRefusesAnEmptyName)
 }
 
 } // namespace
+
+namespace
+{
+
+// "Undo Move segment down(off)|Redo": the Edit menu's entries, "(off)" when
+// insensitive, "^Z" and "^+Z" their shortcuts.
+std::string edit_menu(GtkWidget *window)
+{
+    std::string shown;
+    Script script;
+    script.when_menu([&] {
+        GList *items = gtk_container_get_children(GTK_CONTAINER(open_menu()));
+        for (GList *l = items; l != nullptr; l = l->next) {
+            guint key = 0;
+            GdkModifierType mods = GdkModifierType(0);
+            gtk_accel_label_get_accel(GTK_ACCEL_LABEL(gtk_bin_get_child(GTK_BIN(l->data))), &key, &mods);
+            shown += std::string(shown.empty() ? "" : "|") + gtk_menu_item_get_label(GTK_MENU_ITEM(l->data)) +
+                     (gtk_widget_get_sensitive(GTK_WIDGET(l->data)) ? "" : "(off)") +
+                     (key == GDK_KEY_z && (mods & control) ? (mods & GDK_SHIFT_MASK ? " ^+Z" : " ^Z") : "");
+        }
+        g_list_free(items);
+        dismiss_menu();
+    });
+    click(find_button(window, "Edit"));
+    return shown;
+}
+
+} // namespace
+
+TEST_F(EditorWindowTest, EditMenuAndKeysUndoAndRedoAndTheMarkFollowsTheSavedState)
+{
+    open(FALSE);
+    TemplatePtr tmpl = template_of("T", "", {{"R", "S1[] S2[] S3[]"}});
+    OvUndoHistory *history = ov_component_gui_editor_window_get_undo_history(window());
+    auto segments = [&] { return outline(tmpl.get()); };
+    ov_text_sheet_segment *first = tmpl->report_types.first()->segments.first();
+    auto move_s1_down = [&] {
+        ov::list_move_down(first);
+        ov_undo_history_record(
+            history, new ov::MoveStep<ov_text_sheet_segment>("Move segment down", {}, first, false));
+    };
+    auto starred = [&] { return gtk_window_get_title(GTK_WINDOW(window_))[0] == '*'; };
+    EXPECT_EQ(edit_menu(window_), "Undo(off) ^Z|Redo(off) ^+Z");
+    move_s1_down();
+    move_s1_down();
+    EXPECT_TRUE(starred());
+    EXPECT_EQ(edit_menu(window_), "Undo Move segment down ^Z|Redo(off) ^+Z");
+
+    Script script;
+    script.when_menu([] { activate_menu_item("Undo Move segment down"); });
+    click(find_button(window_, "Edit"));
+    EXPECT_EQ(segments(), " | R: S2[] S1[] S3[]");
+    EXPECT_EQ(edit_menu(window_), "Undo Move segment down ^Z|Redo Move segment down ^+Z");
+    press_key(window_, GDK_KEY_z, control);
+    EXPECT_EQ(segments(), " | R: S1[] S2[] S3[]");
+    EXPECT_FALSE(starred());
+    flush_events();
+    press_key(window_, GDK_KEY_Z, GdkModifierType(control | GDK_SHIFT_MASK));
+    EXPECT_TRUE(starred());
+    flush_events();
+    press_key(window_, GDK_KEY_y, control);
+    EXPECT_EQ(segments(), " | R: S2[] S3[] S1[]");
+
+    // Saving makes this the unmodified state; the history stays.
+    ov_component_gui_editor_window_set_file_has_been_modified(window(), FALSE);
+    EXPECT_FALSE(starred());
+    flush_events();
+    // A held key undoes once per drawn frame, not once per repeat.
+    hold_key(window_, GDK_KEY_z, control, 4);
+    EXPECT_EQ(segments(), " | R: S2[] S1[] S3[]");
+    EXPECT_TRUE(starred());
+    flush_events();
+    hold_key(window_, GDK_KEY_z, control, 4);
+    release_key(window_, GDK_KEY_z, control);
+    EXPECT_EQ(segments(), " | R: S1[] S2[] S3[]");
+    flush_events();
+    press_key(window_, GDK_KEY_y, control);
+    flush_events();
+    press_key(window_, GDK_KEY_y, control);
+    EXPECT_FALSE(starred());
+    // A change the history does not hold keeps the mark until saved.
+    ov_component_gui_editor_window_notify_file_has_been_modified(window());
+    flush_events();
+    press_key(window_, GDK_KEY_z, control);
+    flush_events();
+    press_key(window_, GDK_KEY_y, control);
+    EXPECT_TRUE(starred());
+    // The history ends with the window, before the template.
+    gtk_widget_destroy(window_);
+}

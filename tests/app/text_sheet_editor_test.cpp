@@ -4,6 +4,7 @@
 #include "widgets/widget_test_util.h"
 
 #include "app/text_sheet_editor.h"
+#include "docs_gui/undo_history.h"
 #include "frame/startup.h"
 #include "frame/window_stack.h"
 #include "lang/event_bus.h"
@@ -615,3 +616,42 @@ TEST_F(TextSheetEditorTest, DestroyingLetsGoOfAdjustmentsAndTheEventBus)
 }
 
 } // namespace
+
+TEST_F(TextSheetEditorTest, UndoAndRedoListTheSheetAnewAndScrollToWhereTheEditWas)
+{
+    std::string sheet = "S=Support|B=Canvas";
+    for (int i = 0; i < 40; ++i)
+        sheet += "|R=Row " + std::to_string(i) + "|t";
+    TemplatePtr tmpl = make_template(sheet);
+    Page page(tmpl.get(), false, 300, 200);
+    const int full_height = page.content_height();
+    auto history = ov::ObjectRef<OvUndoHistory>::adopt(ov_undo_history_new());
+    text_sheet_editor_set_undo_history(TEXT_SHEET_EDITOR(page.editor), history.get());
+    g_signal_connect_swapped(history.get(), "applied", G_CALLBACK(text_sheet_editor_show_place), page.editor);
+
+    ov_text_sheet_segment *segment = report_type_of(tmpl.get())->segments.first();
+    ov_text_sheet_block *block = segment->blocks.first();
+    ov_text_sheet_row *row = block->rows.last();
+    const OvUndoPlace place = {TRUE, report_type_of(tmpl.get()), segment, block, row};
+    ov_undo_history_record(history.get(), new ov::SpliceStep<ov_text_sheet_row>("Delete row", place, row,
+                                                                                ov_text_sheet_row_destroy));
+    text_sheet_editor_show_place(TEXT_SHEET_EDITOR(page.editor), &place);
+    flush_events();
+    EXPECT_LT(page.content_height(), full_height);
+
+    ov_undo_history_undo(history.get());
+    flush_events();
+    EXPECT_EQ(page.content_height(), full_height);
+    const int value = int(gtk_adjustment_get_value(page.vadjustment()));
+    EXPECT_GT(value, full_height / 2); // the last row is in view
+    // What shows is what a fresh sheet of the same template shows there.
+    Page fresh(tmpl.get(), false, 300, 200);
+    fresh.scroll_to(value);
+    EXPECT_EQ(page.snapshot().first_difference(fresh.snapshot(), 0, 200), -1);
+
+    page.scroll_to(0);
+    ov_undo_history_redo(history.get());
+    flush_events();
+    EXPECT_LT(page.content_height(), full_height);
+    EXPECT_EQ(gtk_adjustment_get_value(page.vadjustment()), 0); // the block's header is at the top
+}
