@@ -356,6 +356,30 @@ TEST_F(SheetKeys, EnterEditsTheFocusedHeaderLabelOrText)
     EXPECT_EQ(sheet.changes, 5);
 }
 
+// Edits made with keys are steps of the sheet's history, as the menu's are.
+TEST_F(SheetKeys, KeyEditsAreRecordedAsUndoSteps)
+{
+    TemplatePtr tmpl = sample();
+    const std::string before = outline(tmpl.get());
+    Sheet sheet(tmpl.get());
+    const ov::ObjectRef<OvUndoHistory> history = ov::ObjectRef<OvUndoHistory>::adopt(ov_undo_history_new());
+    text_sheet_editor_set_undo_history(TEXT_SHEET_EDITOR(sheet.editor), history.get());
+    sheet.walk(GDK_KEY_Down, 3); // r1
+    sheet.key(GDK_KEY_Down, GDK_MOD1_MASK);
+    EXPECT_STREQ(ov_undo_history_get_undo_text(history.get()), "Move row down");
+    sheet.key(GDK_KEY_Down); // r1's checkbox
+    Script script;
+    script.when(text_window_shown, enter_text("Fair"), "the text window");
+    sheet.key(GDK_KEY_Return);
+    finish(script);
+    EXPECT_STREQ(ov_undo_history_get_undo_text(history.get()), "Edit checkbox");
+    EXPECT_NE(outline(tmpl.get()), before);
+    EXPECT_TRUE(ov_undo_history_undo(history.get()));
+    EXPECT_TRUE(ov_undo_history_undo(history.get()));
+    EXPECT_EQ(outline(tmpl.get()), before);
+    text_sheet_editor_set_undo_history(TEXT_SHEET_EDITOR(sheet.editor), nullptr);
+}
+
 namespace
 {
 
