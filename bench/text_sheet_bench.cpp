@@ -26,15 +26,14 @@
 #include <functional>
 #include <vector>
 
+#include "main_loop_timing.h"
+
 namespace
 {
 
-using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
+using namespace ov::bench;
 
-double now_ms()
-{
-    return double(g_get_monotonic_time()) / 1000.0;
-}
+using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
 
 // Processor time of this thread: steadier than wall time on a busy machine.
 double cpu_ms()
@@ -42,29 +41,6 @@ double cpu_ms()
     timespec t = {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
     return double(t.tv_sec) * 1000.0 + double(t.tv_nsec) / 1e6;
-}
-
-void run_until(const std::function<bool()> &condition)
-{
-    while (!condition())
-        g_main_context_iteration(nullptr, TRUE);
-}
-
-// Until the idle measuring is done: nothing pending for a while.
-void run_until_quiet()
-{
-    for (double quiet_since = now_ms(); now_ms() - quiet_since < 50;) {
-        if (g_main_context_iteration(nullptr, FALSE))
-            quiet_since = now_ms();
-        else
-            g_usleep(1000);
-    }
-}
-
-double percentile(std::vector<double> values, double p)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[std::size_t(p * double(values.size() - 1))];
 }
 
 struct Shown {

@@ -26,37 +26,14 @@
 #include <random>
 #include <vector>
 
+#include "main_loop_timing.h"
+
 namespace
 {
 
+using namespace ov::bench;
+
 using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
-
-double now_ms()
-{
-    return double(g_get_monotonic_time()) / 1000.0;
-}
-
-void run_until(const std::function<bool()> &condition)
-{
-    while (!condition())
-        g_main_context_iteration(nullptr, TRUE);
-}
-
-void run_until_quiet()
-{
-    for (double quiet_since = now_ms(); now_ms() - quiet_since < 50;) {
-        if (g_main_context_iteration(nullptr, FALSE))
-            quiet_since = now_ms();
-        else
-            g_usleep(1000);
-    }
-}
-
-double percentile(std::vector<double> values, double p)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[std::size_t(p * double(values.size() - 1))];
-}
 
 std::size_t allocated()
 {
