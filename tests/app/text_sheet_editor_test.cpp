@@ -173,8 +173,8 @@ struct Page {
     }
 };
 
-// The whole page drawn by the drawing routines alone, every node on every
-// draw, the plain way, every node laid out and painted; returns the content height.
+// The whole page drawn by the drawing routines alone, every node laid out
+// and painted on every draw; returns the content height.
 int draw_plainly(const Page &page, cairo_t *cr, int width)
 {
     cairo_set_source_rgb(cr, 1, 1, 1);
