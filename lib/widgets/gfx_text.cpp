@@ -43,14 +43,14 @@ void add_rect(cairo_t *cr, double x, double y, const Rect &r)
     cairo_rectangle(cr, x + r.x, y + r.y, r.width, r.height);
 }
 
-struct StyleSpec {
+struct TextStyleFont {
     const char *family;
     double size;
     PangoWeight weight;
     PangoStyle style;
 };
 
-constexpr std::array<StyleSpec, 4> style_specs = {{
+constexpr std::array<TextStyleFont, 4> style_fonts = {{
     {"Sans", 12, PANGO_WEIGHT_NORMAL, PANGO_STYLE_NORMAL},
     {"Sans", 12, PANGO_WEIGHT_BOLD, PANGO_STYLE_NORMAL},
     {"Sans", 12, PANGO_WEIGHT_NORMAL, PANGO_STYLE_ITALIC},
@@ -66,12 +66,12 @@ const PangoFontDescription *font_for(int style)
     if (style < 0 || style >= int(fonts.size()))
         style = OV_GFX_TEXT_STYLE_PLAIN;
     if (fonts[style] == nullptr) {
-        const StyleSpec &spec = style_specs[style];
+        const TextStyleFont &look = style_fonts[style];
         PangoFontDescription *font = pango_font_description_new();
-        pango_font_description_set_family(font, spec.family);
-        pango_font_description_set_absolute_size(font, spec.size * PANGO_SCALE);
-        pango_font_description_set_weight(font, spec.weight);
-        pango_font_description_set_style(font, spec.style);
+        pango_font_description_set_family(font, look.family);
+        pango_font_description_set_absolute_size(font, look.size * PANGO_SCALE);
+        pango_font_description_set_weight(font, look.weight);
+        pango_font_description_set_style(font, look.style);
         fonts[style] = font;
     }
     return fonts[style];
