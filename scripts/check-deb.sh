@@ -26,19 +26,10 @@ deb=$(find "$out" -maxdepth 1 -name "${package}_*.deb")
 [ -n "$deb" ] || { echo "check-deb: cpack made no package" >&2; exit 1; }
 echo "check-deb: built $(basename "$deb")"
 
-passed=0
-failures=0
-# A display number of its own: other users of the machine start theirs at 99.
-display=$((100 + RANDOM % 400))
-check() { # check DESCRIPTION COMMAND...
-  local what=$1
-  shift
-  if "$@"; then echo "ok: $what"; passed=$((passed + 1)); else echo "FAILED: $what" >&2; failures=$((failures + 1)); fi
-}
+source "$top/scripts/check-lib.sh"
 has() { # has TEXT PATTERN: the text has a line matching the extended regex
   grep -qE -- "$2" <<<"$1" || { echo "  no line matches $2" >&2; false; }
 }
-equals() { [ "$1" = "$2" ] || { echo "  got \"$1\", expected \"$2\"" >&2; false; }; }
 
 depends=$(dpkg-deb --field "$deb" Depends)
 check "depends on the font package" has "$depends" '(^|, )fonts-liberation2($|,)'

@@ -16,18 +16,9 @@ prefix=$(mktemp -d /tmp/orvane-install.XXXXXX)
 trap 'rm -rf "$prefix"' EXIT
 cmake --install "$build" --prefix "$prefix" >/dev/null
 
-passed=0
-failures=0
-# A display number of its own: other users of the machine start theirs at 99.
-display=$((100 + RANDOM % 400))
-check() { # check DESCRIPTION COMMAND...
-  local what=$1
-  shift
-  if "$@"; then echo "ok: $what"; passed=$((passed + 1)); else echo "FAILED: $what" >&2; failures=$((failures + 1)); fi
-}
+source "$top/scripts/check-lib.sh"
 is_file() { [ -f "$1" ] && [ ! -L "$1" ]; }
 links_to() { [ -L "$1" ] && [ -e "$1" ] && [ "$(readlink -f "$1")" = "$(readlink -f "$2")" ]; }
-equals() { [ "$1" = "$2" ] || { echo "  got \"$1\", expected \"$2\"" >&2; false; }; }
 quiet() { # passes when the command succeeds and prints nothing on stderr
   local err
   err=$("$@" 2>&1 >/dev/null) && [ -z "$err" ] || { echo "$err" >&2; false; }
