@@ -180,6 +180,28 @@ bool is_modified(GtkWidget *window)
     return ov_component_gui_editor_window_get_file_has_been_modified(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
 }
 
+// Picks the template "Source" and then the entry in the chooser titled
+// chooser: the answers of a read through the choosers.
+std::function<void(Script &)> choose_from_source(const char *chooser, const char *entry)
+{
+    return [chooser, entry](Script &s) {
+        s.when_window("Choose template", [] {
+             click_list_row(top(), "Source");
+             click_button("OK");
+         }).when_window(chooser, [entry] {
+            click_list_row(top(), entry);
+            click_button("OK");
+        });
+    };
+}
+
+// "From template" reads the report type "Loan" of the template "Source".
+void read_loan_report_type(GtkWidget *window)
+{
+    answered(choose_from_source("Choose report type", "Loan"),
+             [&] { click(find_button(window, "From template")); });
+}
+
 } // namespace
 
 TEST_F(EditingWindow, AddsASegmentABlockAndARowWithFieldsToTheBundledExample)
@@ -263,26 +285,8 @@ TEST_F(EditingWindow, ReadsABlockAndAReportTypeFromAnotherTemplate)
     run([](GtkWidget *window) {
         show_page(window, "First");
         node_menu(window, current_report_type(window)->segments.last()->hit_area.menu,
-                  "Read one block from a template", [](Script &s) {
-                      s.when_window("Choose template", [] {
-                           click_list_row(top(), "Source");
-                           click_button("OK");
-                       }).when_window("Choose block", [] {
-                          click_list_row(top(), "BX");
-                          click_button("OK");
-                      });
-                  });
-        answered(
-            [](Script &s) {
-                s.when_window("Choose template", [] {
-                     click_list_row(top(), "Source");
-                     click_button("OK");
-                 }).when_window("Choose report type", [] {
-                    click_list_row(top(), "Loan");
-                    click_button("OK");
-                });
-            },
-            [&] { click(find_button(window, "From template")); });
+                  "Read one block from a template", choose_from_source("Choose block", "BX"));
+        read_loan_report_type(window);
         EXPECT_EQ(tab_texts(window), "Basic data|First|Second|Loan");
         save(window);
         close_window(GTK_WINDOW(window));
@@ -435,19 +439,7 @@ TEST_F(EditingWindow, EditsUndoAndRedoToTheSavedBytesAndShowTheirPage)
                 answered([](Script &s) { s.when_window("Name the new report type", enter_text("Third")); },
                          [&] { click(find_button(window, "New")); });
             },
-            [&] {
-                answered(
-                    [](Script &s) {
-                        s.when_window("Choose template", [] {
-                             click_list_row(top(), "Source");
-                             click_button("OK");
-                         }).when_window("Choose report type", [] {
-                            click_list_row(top(), "Loan");
-                            click_button("OK");
-                        });
-                    },
-                    [&] { click(find_button(window, "From template")); });
-            },
+            [&] { read_loan_report_type(window); },
             [&] {
                 show_page(window, "First");
                 node_menu(window, current_report_type(window)->segments.last()->hit_area.menu,

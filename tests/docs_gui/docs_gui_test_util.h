@@ -185,4 +185,41 @@ class TempWorkspace
     TempDir dir_;
 };
 
+// What a click on a node gives, as the sheet passes it to the menu.
+struct Click {
+    ov_template_report_type *type = nullptr;
+    ov_text_sheet_segment *segment = nullptr;
+    ov_text_sheet_block *block = nullptr;
+    ov_text_sheet_row *row = nullptr;
+};
+
+// The last node of that name with what a click on it gives ("r4^": the
+// block of r4); "empty" is empty space of the first report type, "basic"
+// that of the basic data sheet.
+inline Click click_on(ov_template *tmpl, std::string name)
+{
+    const bool parent = name.back() == '^';
+    if (parent)
+        name.pop_back();
+    Click found;
+    auto visit = [&](ov_template_report_type *type, ov_text_sheet_segment *segment) {
+        if (type != nullptr && name_of(segment->header) == name)
+            found = {type, segment};
+        for (ov_text_sheet_block *block : segment->blocks) {
+            if (name_of(block->header) == name)
+                found = {type, segment, block};
+            for (ov_text_sheet_row *row : block->rows)
+                if (name_of(row->header) == name)
+                    found = {type, segment, block, parent ? nullptr : row};
+        }
+    };
+    visit(nullptr, tmpl->details);
+    for (ov_template_report_type *type : tmpl->report_types)
+        for (ov_text_sheet_segment *segment : type->segments)
+            visit(type, segment);
+    if (name == "empty")
+        found.type = tmpl->report_types.first();
+    return found;
+}
+
 } // namespace ov::test

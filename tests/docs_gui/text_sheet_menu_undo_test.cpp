@@ -61,37 +61,6 @@ std::string bytes(const ov_template *tmpl)
     return read_file(path);
 }
 
-// Finds what a click on the named node gives, as the sheet would pass it.
-struct Click {
-    ov_template_report_type *type = nullptr;
-    ov_text_sheet_segment *segment = nullptr;
-    ov_text_sheet_block *block = nullptr;
-    ov_text_sheet_row *row = nullptr;
-};
-
-Click click_on(ov_template *tmpl, const std::string &name)
-{
-    Click found;
-    auto visit = [&](ov_template_report_type *type, ov_text_sheet_segment *segment) {
-        if (type != nullptr && name_of(segment->header) == name)
-            found = {type, segment};
-        for (ov_text_sheet_block *block : segment->blocks) {
-            if (name_of(block->header) == name)
-                found = {type, segment, block};
-            for (ov_text_sheet_row *row : block->rows)
-                if (name_of(row->header) == name)
-                    found = {type, segment, block, row};
-        }
-    };
-    visit(nullptr, tmpl->details);
-    for (ov_template_report_type *type : tmpl->report_types)
-        for (ov_text_sheet_segment *segment : type->segments)
-            visit(type, segment);
-    if (name == "empty")
-        found.type = tmpl->report_types.first();
-    return found;
-}
-
 // The actions of each level on the first, middle and last of three.
 std::vector<Case> cases_for(const char *level, const char *child, std::vector<std::string> names,
                             std::vector<Case> own)
