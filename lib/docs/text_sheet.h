@@ -23,14 +23,14 @@ struct ov_text_sheet_rect {
     std::int32_t height;
 };
 
-// Where the text sheet editor last drew a node and where its clickable spots
-// are, and the node's measured size that the editor keeps between draws. The
-// drawing code fills it; the model only zeroes it on creation and never
-// copies it, so a new or cloned node is never taken for a measured one.
+// Where the text sheet editor last drew a row, block or segment and where
+// its clickable spots are, and the node's measured size that the editor
+// keeps between draws. The drawing code fills it; the model only zeroes it on
+// creation and never copies it, so a new or cloned node is never taken for a
+// measured one.
 struct ov_text_sheet_hit_area {
     ov_text_sheet_rect menu;   // the node's menu icon
-    ov_text_sheet_rect status; // the translation status symbol of its header or text
-    ov_text_sheet_rect field;  // a field's checkbox image or its whole text
+    ov_text_sheet_rect status; // the translation status symbol of its header
     std::int32_t top;          // a segment's or block's top y
     // Layout kept by the editor between draws, valid while layout_stamp is
     // the editor's current stamp (never 0): the height of a segment's header,
@@ -38,6 +38,13 @@ struct ov_text_sheet_hit_area {
     std::uint32_t layout_stamp;
     std::int32_t height;
     std::int32_t column;
+};
+
+// A field's part of the same: it has no menu and no layout of its own, and
+// there are as many fields as rows, so it stays small.
+struct ov_text_sheet_field_hit_area {
+    ov_text_sheet_rect status; // the translation status symbol of its text
+    ov_text_sheet_rect field;  // the checkbox image or the whole text
 };
 
 enum : std::uint32_t {
@@ -51,7 +58,7 @@ struct ov_text_sheet_field {
     langstr *text;
     // Checkboxes only: ticked in advance.
     gboolean selected;
-    ov_text_sheet_hit_area hit_area;
+    ov_text_sheet_field_hit_area hit_area;
     ov_text_sheet_field *previous;
     ov_text_sheet_field *next;
 };

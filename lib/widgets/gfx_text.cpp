@@ -502,7 +502,7 @@ int ov_gfx_text_sheet_draw_row(const OvGfxTextSheetContext *context, int y, ov_t
     bool pending = false;
     int pending_height = 0;
     for (ov_text_sheet_field *field : row->fields) {
-        ov_text_sheet_hit_area &area = field->hit_area;
+        ov_text_sheet_field_hit_area &area = field->hit_area;
         if (field->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX) {
             const OvImage *image = checkbox_icon_image(field->selected);
             const int box_width = image_width(image);

@@ -27,9 +27,9 @@ std::string text_of(const langstr *ls)
     return text != nullptr ? text : "-";
 }
 
-bool is_zero(const ov_text_sheet_hit_area &area)
+template <class HitArea> bool is_zero(const HitArea &area)
 {
-    const ov_text_sheet_hit_area zero{};
+    const HitArea zero{};
     return std::memcmp(&area, &zero, sizeof zero) == 0;
 }
 
@@ -130,7 +130,7 @@ template <class Node, class Parent> void check_level(const Level<Node, Parent> &
             level.destroy(node); // an unlinked node touches no list
             break;
         case 'c':
-            node->hit_area.menu = {1, 2, 3, 4};
+            node->hit_area.status = {1, 2, 3, 4};
             Node *copy = level.clone(node);
             EXPECT_TRUE(copy->previous == nullptr && copy->next == nullptr && is_zero(copy->hit_area));
             EXPECT_NE(level.label(copy), level.label(node));
