@@ -200,9 +200,14 @@ enum class Lookup { absent, found, failed };
 // Reads an attribute's value (UTF-8, libxml2-allocated) into value.
 Lookup lookup_attribute(const xmlNode *node, const char *name, ov::XmlCharPtr &value)
 {
-    if (node == nullptr || xmlHasProp(node, xml_text(name)) == nullptr)
+    const xmlAttr *attribute = node != nullptr ? xmlHasProp(node, xml_text(name)) : nullptr;
+    if (attribute == nullptr)
         return Lookup::absent;
-    value.reset(xmlGetProp(node, xml_text(name)));
+    // A plain value is one text node; only others need the general read.
+    const xmlNode *child = attribute->children;
+    const bool plain = attribute->type == XML_ATTRIBUTE_NODE && child != nullptr && child->next == nullptr &&
+                       child->type == XML_TEXT_NODE && child->content != nullptr;
+    value.reset(plain ? xmlStrdup(child->content) : xmlGetProp(node, xml_text(name)));
     if (!value) {
         ov_error_set("Error when reading XML attribute.");
         return Lookup::failed;
@@ -921,27 +926,42 @@ xmlNode *ov_xml_get_required_distinct_child_node(const xmlNode *node, const char
 // ---------------------------------------------------------------------------
 // Text content.
 
-gchar *ov_xml_get_text_content_as_utf8(xmlDoc *doc, const xmlNode *node)
+namespace
+{
+
+// Runs read on the node's text content in UTF-8. A single text child, what
+// nearly every element holds, is read in place; anything else (entity
+// references, several pieces) is joined by libxml2 first.
+template <class Read> gchar *with_text_content(xmlDoc *doc, const xmlNode *node, Read read)
 {
     if (node == nullptr || node->children == nullptr)
-        return g_strdup("");
-    ov::XmlCharPtr text(xmlNodeListGetString(doc, node->children, 1));
+        return read("");
+    const xmlNode *child = node->children;
+    if (child->next == nullptr && child->type == XML_TEXT_NODE && child->content != nullptr)
+        return read(char_text(child->content));
+    ov::XmlCharPtr text(xmlNodeListGetString(doc, child, 1));
     if (!text) {
         ov_error_set("Error reading text content from XML node.");
         return nullptr;
     }
-    return g_strdup(char_text(text.get()));
+    return read(char_text(text.get()));
+}
+
+} // namespace
+
+gchar *ov_xml_get_text_content_as_utf8(xmlDoc *doc, const xmlNode *node)
+{
+    return with_text_content(doc, node, [](const char *text) { return g_strdup(text); });
 }
 
 gchar *ov_xml_get_text_content_as_latin1(xmlDoc *doc, const xmlNode *node)
 {
-    ov::GStr utf8(ov_xml_get_text_content_as_utf8(doc, node));
-    if (!utf8)
-        return nullptr;
-    gchar *latin1 = ov_convert_utf8_to_latin1(utf8.get());
-    if (latin1 == nullptr)
-        ov_error_append("Invalid XML node content.");
-    return latin1;
+    return with_text_content(doc, node, [](const char *text) {
+        gchar *latin1 = ov_convert_utf8_to_latin1(text);
+        if (latin1 == nullptr)
+            ov_error_append("Invalid XML node content.");
+        return latin1;
+    });
 }
 
 gchar *ov_xml_get_text_content_as_compact_latin1(xmlDoc *doc, const xmlNode *node)

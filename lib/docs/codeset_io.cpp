@@ -16,7 +16,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -81,20 +80,12 @@ class CodesetReader
             !ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(
                 &codeset_->version, doc, aside_, "version"))
             return false;
-        if (!remarks_error_.empty()) {
-            ov_error_set(remarks_error_.c_str());
-            return false;
-        }
-        if (remarks_.empty()) {
-            ov_error_set("Missing remarks.");
-            return false;
-        }
         // The remarks in code order, as ov_remark_list_add_remark_sorted
         // would link them one by one: a stable sort, since equal codes keep
-        // their order there (and duplicates were refused anyway).
-        // Sorted by keys made once per code; their order is that of the
-        // cascade's first and loosest test, so only ties go to the whole
-        // cascade.
+        // their order there. Sorted by keys made once per code; their order
+        // is that of the cascade's first and loosest test, so only ties go
+        // to the whole cascade, which ends in a byte comparison: equal codes
+        // end up side by side.
         std::vector<std::pair<std::string, OvRemark *>> sorted;
         sorted.reserve(remarks_.size());
         for (OvRemark *remark : remarks_)
@@ -107,7 +98,23 @@ class CodesetReader
         if (!std::is_sorted(sorted.begin(), sorted.end(), in_order))
             std::stable_sort(sorted.begin(), sorted.end(), in_order);
         for (const auto &[key, remark] : sorted)
+            remarks_.push_back(remark);
+        // Every remark read comes before the first one that failed, so a
+        // duplicate among them is the earlier fault.
+        const bool duplicates =
+            std::adjacent_find(sorted.begin(), sorted.end(),
+                               [&](const auto &a, const auto &b) { return !in_order(a, b); }) != sorted.end();
+        if (duplicates || !remarks_error_.empty()) {
+            ov_error_set(duplicates ? "Duplicate remark codes." : remarks_error_.c_str());
+            return false;
+        }
+        if (remarks_.empty()) {
+            ov_error_set("Missing remarks.");
+            return false;
+        }
+        for (OvRemark *remark : remarks_)
             ov_remark_list_add_remark_last(codeset_->remarks, remark);
+        remarks_.clear();
         return true;
     }
 
@@ -163,14 +170,10 @@ class CodesetReader
             return;
         }
         OvRemark *remark = ov_xml_parse_remark(node->doc, node);
-        if (remark == nullptr) {
+        if (remark == nullptr)
             remarks_error_ = ov_error_get();
-        } else if (!codes_.insert(remark->code).second) {
-            ov_remark_destroy(remark);
-            remarks_error_ = "Duplicate remark codes.";
-        } else {
+        else
             remarks_.push_back(remark);
-        }
         next();
     }
 
@@ -180,8 +183,6 @@ class CodesetReader
     xmlNode *aside_;
     int status_ = 1;
     std::vector<OvRemark *> remarks_;
-    // Codes seen so far, pointing into the remarks.
-    std::unordered_set<std::string_view> codes_;
     std::string remarks_error_;
 };
 

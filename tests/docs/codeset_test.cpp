@@ -318,6 +318,11 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         {"empty version", with("<version> </version>" + A),
          P + "Missing text content in XML.\n\nText content is empty."},
         {"codes equal after compaction", with(A + remark_element(" A ")), P + "Duplicate remark codes."},
+        // The earlier fault counts; the duplicate is found only after sorting.
+        {"duplicate before a bad remark",
+         with(remark_element("B") + A + remark_element("B") + remark_element(" ")),
+         P + "Duplicate remark codes."},
+        {"bad remark before a duplicate", with(A + remark_element(" ") + A), missing},
         // Within a remark the message depends on what comes first.
         {"two codes after a description", with("<remark>" + D + "<code>A</code><code>B</code></remark>"),
          P + "Remark in XML has multiple codes."},
