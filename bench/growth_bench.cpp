@@ -125,16 +125,35 @@ std::string row(int i)
            "\n\t\t\t\t\t</checkbox>\n\t\t\t\t</row>\n";
 }
 
+const std::string template_head =
+    "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>\n<template>\n\t<name lang=\"en-uk\">Big"
+    "</name>\n\t<version>1</version>\n\t<report-type>\n\t\t<name lang=\"en-uk\">R</name>\n";
+const std::string template_tail = "\t</report-type>\n</template>\n";
+
 // A template of n rows, all in one block.
 std::string one_block_template(int n)
 {
-    std::string text =
-        "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>\n<template>\n\t<name lang=\"en-uk\">Big"
-        "</name>\n\t<version>1</version>\n\t<report-type>\n\t\t<name lang=\"en-uk\">R</name>\n"
-        "\t\t<segment>\n\t\t\t<block>\n";
+    std::string text = template_head + "\t\t<segment>\n\t\t\t<block>\n";
     for (int i = 0; i < n; ++i)
         text += row(i);
-    return text + "\t\t\t</block>\n\t\t</segment>\n\t</report-type>\n</template>\n";
+    return text + "\t\t\t</block>\n\t\t</segment>\n" + template_tail;
+}
+
+// The other extreme: n blocks of one row each, ten to a segment, every
+// segment and block with a header.
+std::string one_row_blocks_template(int n)
+{
+    std::string text = template_head;
+    for (int i = 0; i < n; ++i) {
+        if (i % 10 == 0)
+            text += "\t\t<segment>\n\t\t\t<header lang=\"en-uk\">Segment " + std::to_string(i / 10) +
+                    "</header>\n";
+        text += "\t\t\t<block>\n\t\t\t\t<header lang=\"en-uk\">Block " + std::to_string(i) + "</header>\n" +
+                row(i) + "\t\t\t</block>\n";
+        if (i % 10 == 9 || i == n - 1)
+            text += "\t\t</segment>\n";
+    }
+    return text + template_tail;
 }
 
 std::string code(int i)
@@ -253,6 +272,11 @@ void print_table(const std::string &folder)
     line("template: the same, model held after reading / file", " x", [&](int) {
         const auto [model, size] = held[at++];
         return model / size;
+    });
+    line("template: N blocks of one row, peak resident / file", " x", [&](int n) {
+        write_text(path, one_row_blocks_template(n));
+        const double base = child_peak_bytes({"--idle"}).first;
+        return (child_peak_bytes({"--read", "template", path}).first - base) / file_size(path);
     });
 }
 
