@@ -58,11 +58,16 @@ void show_error_buffer()
     ov_error_clear();
 }
 
-// The language picker's shares of translated texts follow every edit.
+// The language picker's shares of translated texts follow every edit, the
+// name and author as they stand in their entries included.
 void update_translation_stats(EditingState *self)
 {
+    const ov::Owned<langstr, ov_langstr_free> name(
+        ov_component_gui_metadata_editor_get_name(self->metadata_editor));
+    const ov::Owned<langstr, ov_langstr_free> author(
+        ov_component_gui_metadata_editor_get_author(self->metadata_editor));
     const ov::Owned<OvTranslationStats, ov_translation_stats_destroy> stats(
-        ov_translation_stats_get_for_template(self->tmpl));
+        ov_translation_stats_get_for_template_as_edited(self->tmpl, name.get(), author.get()));
     ov_component_gui_editor_window_set_translation_stats(self->window, stats.get());
 }
 

@@ -175,10 +175,18 @@ void add_segment_texts(OvTranslationStats *stats, const ov_text_sheet_segment *s
 
 OvTranslationStats *ov_translation_stats_get_for_template(const ov_template *tmpl)
 {
+    g_return_val_if_fail(tmpl != nullptr, ov_translation_stats_new());
+    return ov_translation_stats_get_for_template_as_edited(tmpl, tmpl->name, tmpl->author);
+}
+
+OvTranslationStats *ov_translation_stats_get_for_template_as_edited(const ov_template *tmpl,
+                                                                    const langstr *name,
+                                                                    const langstr *author)
+{
     OvTranslationStats *stats = ov_translation_stats_new();
     g_return_val_if_fail(tmpl != nullptr, stats);
-    ov_translation_stats_add_langstr(stats, tmpl->name);
-    ov_translation_stats_add_langstr(stats, tmpl->author);
+    ov_translation_stats_add_langstr(stats, name);
+    ov_translation_stats_add_langstr(stats, author);
     add_segment_texts(stats, tmpl->details);
     for (const ov_template_report_type *report_type : tmpl->report_types) {
         ov_translation_stats_add_langstr(stats, report_type->name);

@@ -85,3 +85,8 @@ void ov_template_list_entry_destroy(ov_template_list_entry *entry);
 // report type names, the headers of every segment, block and row, and the
 // field texts, of the basic data and of every report type. Never null.
 OvTranslationStats *ov_translation_stats_get_for_template(const ov_template *tmpl);
+// The same with name and author standing in for the template's own: what an
+// editor shows while they are being edited and not yet put back.
+OvTranslationStats *ov_translation_stats_get_for_template_as_edited(const ov_template *tmpl,
+                                                                    const langstr *name,
+                                                                    const langstr *author);
