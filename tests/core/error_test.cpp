@@ -1,6 +1,6 @@
 #include "core/error.h"
 
-#include <gtest/gtest.h>
+#include "support/test_support.h"
 
 #include <cerrno>
 #include <string>
@@ -8,30 +8,20 @@
 namespace
 {
 
-class ErrorBuffer : public ::testing::Test
-{
-  protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
+using ErrorBuffer = ov::test::ErrorCleared;
 
-TEST_F(ErrorBuffer, EmptyBufferReadsAsEmptyTextNeverNull)
+// An empty buffer reads as empty text, never null.
+TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTopAndClearEmpties)
 {
-    ASSERT_NE(ov_error_get(), nullptr);
     EXPECT_STREQ(ov_error_get(), "");
-    ov_error_set("x");
-    ov_error_clear();
-    EXPECT_STREQ(ov_error_get(), "");
-}
-
-TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTop)
-{
     ov_error_append("Cause.");
     EXPECT_STREQ(ov_error_get(), "Cause.");
     ov_error_append("Context.");
     EXPECT_STREQ(ov_error_get(), "Context.\n\nCause.");
     ov_error_append_utf8_printf("Could not open: %s", "a.template");
     EXPECT_STREQ(ov_error_get(), "Could not open: a.template\n\nContext.\n\nCause.");
+    ov_error_clear();
+    EXPECT_STREQ(ov_error_get(), "");
 }
 
 TEST_F(ErrorBuffer, SettersReplaceWholeText)

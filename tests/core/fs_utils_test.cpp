@@ -9,14 +9,12 @@
 #include "core_test.h"
 #include "support/test_support.h"
 
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <set>
 
@@ -340,18 +338,16 @@ TEST_F(AtomicFile, FailedWritesKeepTheOldFile)
     const std::string path = dir.file("settings.xml"), old_contents = "<settings>old</settings>\n";
     write_file(path, old_contents);
     chmod(path.c_str(), 0604);
-    EXPECT_EQ(run_in_child([&] {
-                  signal(SIGXFSZ, SIG_IGN);
-                  const rlimit limit = {1000, 1000};
-                  auto write_lines = [](FILE *stream) {
-                      for (int i = 0; i < 1000; i++)
-                          fprintf(stream, "<line>%d</line>\n", i);
-                      return true;
-                  };
-                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                         result(ov_atomic_file_write(path.c_str(), write_lines)) ==
-                             "File I/O error when writing to file.";
-              }),
+    auto write_lines = [](FILE *stream) {
+        for (int i = 0; i < 1000; i++)
+            fprintf(stream, "<line>%d</line>\n", i);
+        return true;
+    };
+    EXPECT_EQ(run_with_file_size_limit(1000,
+                                       [&] {
+                                           return result(ov_atomic_file_write(path.c_str(), write_lines)) ==
+                                                  "File I/O error when writing to file.";
+                                       }),
               0);
     EXPECT_EQ(read_file(path), old_contents);
     EXPECT_EQ(listing(dir.path()), "settings.xml 604;");

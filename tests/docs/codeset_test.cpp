@@ -2,31 +2,20 @@
 #include "docs/codeset_io.h"
 #include "docs/remark.h"
 
-#include "core/error.h"
 #include "core/raii.h"
-#include "support/test_support.h"
+#include "docs_test_util.h"
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <csignal>
 #include <random>
 #include <sstream>
-#include <string>
-#include <sys/resource.h>
 #include <tuple>
-#include <vector>
 
 namespace
 {
 
-using ov::test::read_file;
-using ov::test::TempDir;
-using ov::test::write_file;
+using namespace ov::test;
 using RemarkListPtr = ov::Owned<OvRemarkList, ov_remark_list_destroy>;
 using CodesetPtr = ov::Owned<OvCodeset, ov_codeset_destroy>;
+using Codeset = ErrorCleared;
 
 const OvLocale *swedish()
 {
@@ -70,13 +59,6 @@ std::string describe(const OvRemarkList *list, bool with_text = false)
     }
     return text;
 }
-
-class Codeset : public ::testing::Test
-{
-  protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
 
 TEST_F(Codeset, SortedInsertionFollowsTheCascade)
 {
@@ -294,15 +276,21 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         deep += "<b>";
     const std::string huge = "<codeset><name lang=\"sv\">" + std::string(11 << 20, 'x') + "</name></codeset>";
     const std::string P = "Error parsing codeset file.\n\n";
-    const std::string L = "Error loading codeset file.\n\nCould not parse XML data.\n\n";
+    const std::string L = libxml_refusal("codeset");
     const std::string missing = P + "Missing remark content in XML data.";
     const std::string utf8 = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
-    struct Case {
-        const char *what;
-        std::string contents;
-        std::string message; // the whole chain, or for libxml2's refusals L and a part of its reason
+    // Entities load only from beside the codeset.
+    TempDir dir, outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("code.ent"), "K1");
+    auto entity = [&](const std::string &address) {
+        return "<!DOCTYPE codeset [<!ENTITY x SYSTEM \"" + address + "\">]><codeset>" + name_element +
+               remark_element("&x;") + "</codeset>";
     };
-    const Case cases[] = {
+    const std::vector<BadFile> cases = {
+        {"entity from beside", entity("code.ent"), ""},
+        {"entity from outside", entity(outside.file("secret")),
+         L + "External entity outside the document's folder refused: " + outside.file("secret")},
         {"truncated", "<codeset>", L},
         {"deeply nested", deep, L + "depth"},
         {"huge text node", huge, L + "huge"},
@@ -329,68 +317,17 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         {"non-Latin-1 name", utf8 + "<codeset><name lang=\"sv\">\xe2\x82\xac</name>" + A + "</codeset>",
          P + "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed."},
     };
-    TempDir dir;
-    const std::string path = dir.file("bad.codeset");
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        ov_error_clear();
-        write_file(path, c.contents);
-        EXPECT_EQ(ov_codeset_io_read_from_file(path.c_str()), nullptr);
-        const std::string error = ov_error_get();
-        const bool by_libxml = c.message.starts_with(L);
-        EXPECT_TRUE(by_libxml ? error.starts_with(L) && error.find(c.message.substr(L.size())) != error.npos
-                              : error == c.message)
-            << error;
-    }
-    EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("missing.codeset").c_str()), nullptr);
-    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading codeset file.\n\nCannot open file."));
-    ASSERT_EQ(mkfifo(dir.file("fifo.codeset").c_str(), 0600), 0);
-    EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("fifo.codeset").c_str()), nullptr);
-    EXPECT_EQ(std::string(ov_error_get()),
-              "Error loading codeset file.\n\nCannot open file.\n\nNot a regular file.");
-
-    // Entities load only from beside the codeset.
-    TempDir outside;
-    write_file(outside.file("secret"), "SECRET");
-    write_file(dir.file("code.ent"), "K1");
-    for (const std::string &entity : {outside.file("secret"), std::string("code.ent")}) {
-        write_file(path, "<!DOCTYPE codeset [<!ENTITY x SYSTEM \"" + entity + "\">]><codeset>" +
-                             name_element + remark_element("&x;") + "</codeset>");
-        CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
-        if (entity == "code.ent") {
-            ASSERT_TRUE(codeset) << ov_error_get();
-            EXPECT_EQ(describe(codeset->remarks), "K1");
-        } else {
-            EXPECT_FALSE(codeset);
-            EXPECT_EQ(
-                std::string(ov_error_get()),
-                "Error loading codeset file.\n\nCould not parse XML data.\n\nExternal entity outside the "
-                "document's folder refused: " +
-                    entity);
-        }
-    }
+    expect_refusals(
+        "codeset", dir,
+        [](const char *path) { return CodesetPtr(ov_codeset_io_read_from_file(path)) != nullptr; }, cases);
 }
 
 TEST_F(Codeset, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
-    TempDir dir;
-    const std::string path = dir.file("a.codeset");
-    write_file(path, "old");
     CodesetPtr codeset(ov_codeset_io_read_from_file((shipped + "condition_remarks.codeset").c_str()));
     ASSERT_NE(codeset, nullptr);
-    // Writes beyond 4 kB fail part-way through.
-    EXPECT_EQ(ov::test::run_in_child([&] {
-                  const rlimit limit = {4096, 4096};
-                  signal(SIGXFSZ, SIG_IGN);
-                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                         !ov_codeset_io_write_to_file(codeset.get(), path.c_str()) &&
-                         g_strcmp0(ov_error_get(), "File I/O error when writing to file.") == 0;
-              }),
-              0);
-    EXPECT_EQ(read_file(path), "old");
-    ov::Owned<GDir, g_dir_close> listing(g_dir_open(dir.path().c_str(), 0, nullptr));
-    EXPECT_STREQ(g_dir_read_name(listing.get()), "a.codeset");
-    EXPECT_EQ(g_dir_read_name(listing.get()), nullptr);
+    expect_failed_saves_keep_the_old_file(
+        "a.codeset", [&](const char *path) { return ov_codeset_io_write_to_file(codeset.get(), path); });
 }
 
 } // namespace
