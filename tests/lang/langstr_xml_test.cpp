@@ -78,14 +78,14 @@ TEST_F(LangstrXml, BadInputFailsTheWholeString)
     struct {
         const char *body, *message; // the top sentence
     } cases[] = {
-        {R"(<n lang="sv">A</n><n lang="xx">B</n>)", unsupported},
-        {R"(<n lang="EN-UK">A</n>)", unsupported},
+        // clang-format off
+        {R"(<n lang="sv">A</n><n lang="xx">B</n>)", unsupported}, {R"(<n lang="EN-UK">A</n>)", unsupported},
         {R"(<n lang="sv">A</n><n>B</n>)", "Missing XML attribute: lang"},
         {"<n lang=\"sv\xe9\">A</n>", "Invalid XML attribute content."},
-        {R"(<n lang="sv">A</n><n lang="da"></n>)", empty},
-        {"<n lang=\"sv\"> \t\n </n>", empty},
+        {R"(<n lang="sv">A</n><n lang="da"></n>)", empty}, {"<n lang=\"sv\"> \t\n </n>", empty},
         {R"(<n lang="sv"><!-- only a comment --></n>)", "Error reading text content from XML node."},
         {R"(<n lang="sv">&#x20AC;</n>)", "Invalid XML node content."},
+        // clang-format on
     };
     for (gboolean compact : {gboolean(FALSE), gboolean(TRUE)}) {
         for (const auto &c : cases) {
