@@ -7,7 +7,6 @@
 
 #include "core/raii.h"
 #include "core_test.h"
-#include "support/test_support.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -45,22 +44,19 @@ TEST_F(FsUtilsTest, FailuresSayWhyAndKeepTheLastErrno)
         std::string sentence;
         int code; // 0: the errno of before
     } cases[] = {
+        // clang-format off
         {[&] { return ov_fs_utils_open_file(missing.c_str(), "rb"); }, "Cannot open file.", ENOENT},
         {[&] { return ov_fs_utils_open_folder(file("file").c_str()); }, "Cannot open folder.", ENOTDIR},
         {[&] { return ov_fs_utils_create_folder(dir.path().c_str()); }, "Cannot create folder.", EEXIST},
-        {[&] { return ov_fs_utils_delete_file_if_exists(file("full").c_str()); }, "Cannot unlink file.",
-         EISDIR},
-        {[&] { return ov_fs_utils_delete_folder_if_exists(file("full").c_str()); }, "Cannot delete folder.",
-         ENOTEMPTY},
-        {[&] { return ov_fs_utils_rename(missing.c_str(), file("to").c_str()); },
-         "Cannot rename file/folder.", ENOENT},
-        {[&] { return ov_fs_utils_get_info(file("file/x").c_str(), &info); }, "Cannot get file status.",
-         ENOTDIR},
-        {[&] { return str(ov_fs_utils_read_link(file("file").c_str())) != "(null)"; },
-         "Could not read symlink contents.", EINVAL},
+        {[&] { return ov_fs_utils_delete_file_if_exists(file("full").c_str()); }, "Cannot unlink file.", EISDIR},
+        {[&] { return ov_fs_utils_delete_folder_if_exists(file("full").c_str()); }, "Cannot delete folder.", ENOTEMPTY},
+        {[&] { return ov_fs_utils_rename(missing.c_str(), file("to").c_str()); }, "Cannot rename file/folder.", ENOENT},
+        {[&] { return ov_fs_utils_get_info(file("file/x").c_str(), &info); }, "Cannot get file status.", ENOTDIR},
+        {[&] { return str(ov_fs_utils_read_link(file("file").c_str())) != "(null)"; }, "Could not read symlink contents.", EINVAL},
         {[&] { return ov_fs_utils_open_file(bad.c_str(), "wb") != nullptr; }, unusable, 0},
         {[&] { return ov_fs_utils_create_folder_recursively(bad.c_str()); }, unusable, 0},
         {[&] { return str(ov_fs_utils_convert_utf8_to_glibfsenc(bad.c_str())) != "(null)"; }, unusable, 0},
+        // clang-format on
     };
     for (const auto &c : cases) {
         const int before = ov_fs_utils_get_last_errno();

@@ -3,7 +3,6 @@
 
 #include "core/raii.h"
 #include "core_test.h"
-#include "support/test_support.h"
 
 #include <glib/gstdio.h>
 #include <unistd.h>

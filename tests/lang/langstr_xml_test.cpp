@@ -51,17 +51,9 @@ TEST_F(LangstrXml, Reading)
         // Duplicate locales: the later text wins, equal undefined texts merge.
         {R"(<n lang="en">A</n><n lang="en-uk">B</n>)", TRUE, "en-uk=B"},
         {R"(<n lang="">A</n><n lang="">A</n><n lang="da">A</n>)", TRUE, "da=A"},
-        {R"(<n lang="sv">&lt;&amp;&#xE9;)"
-         "\xe9</n>",
-         TRUE, "sv=<&\xe9\xe9"},
-        {R"(<n lang="sv">  a )"
-         "\t\n"
-         R"( b  </n><n lang="da">x&#xD;&#x9;y</n>)",
-         TRUE, "sv=a b da=x y"},
-        {R"(<n lang="sv">  a )"
-         "\t\n"
-         R"( b  </n><n lang="da">x&#xD;&#x9;y</n>)",
-         FALSE, "sv=a  \n b da=x  y"},
+        {"<n lang=\"sv\">&lt;&amp;&#xE9;\xe9</n>", TRUE, "sv=<&\xe9\xe9"},
+        {"<n lang=\"sv\">  a \t\n b  </n><n lang=\"da\">x&#xD;&#x9;y</n>", TRUE, "sv=a b da=x y"},
+        {"<n lang=\"sv\">  a \t\n b  </n><n lang=\"da\">x&#xD;&#x9;y</n>", FALSE, "sv=a  \n b da=x  y"},
     };
     for (const auto &c : cases) {
         ov::XmlDocPtr doc = parse(c.body);

@@ -9,7 +9,6 @@
 #include <string>
 
 #include "lang/lang_test_util.h"
-#include "support/test_support.h"
 
 namespace
 {
