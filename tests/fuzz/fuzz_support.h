@@ -65,10 +65,7 @@ inline std::string use_private_home(const std::string &sub_folder)
 
 inline void write_bytes(const std::string &path, const void *data, size_t size)
 {
-    FILE *file = std::fopen(path.c_str(), "wb");
-    OV_FUZZ_CHECK(file != nullptr);
-    OV_FUZZ_CHECK(size == 0 || std::fwrite(data, 1, size, file) == size);
-    OV_FUZZ_CHECK(std::fclose(file) == 0);
+    OV_FUZZ_CHECK(g_file_set_contents(path.c_str(), static_cast<const gchar *>(data), gssize(size), nullptr));
 }
 
 inline std::string read_bytes(const std::string &path)
