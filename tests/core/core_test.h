@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/error.h"
+#include "support/test_support.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -32,12 +33,6 @@ inline std::string result(gboolean ok)
     return text;
 }
 
-// Starts and ends every test with an empty error buffer.
-class CoreTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
+using CoreTest = ErrorCleared;
 
 } // namespace ov::test

@@ -1,6 +1,6 @@
 #include "core/error.h"
 
-#include <gtest/gtest.h>
+#include "support/test_support.h"
 
 #include <cerrno>
 #include <string>
@@ -8,30 +8,20 @@
 namespace
 {
 
-class ErrorBuffer : public ::testing::Test
-{
-  protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
+using ErrorBuffer = ov::test::ErrorCleared;
 
-TEST_F(ErrorBuffer, EmptyBufferReadsAsEmptyTextNeverNull)
+// An empty buffer reads as empty text, never null.
+TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTopAndClearEmpties)
 {
-    ASSERT_NE(ov_error_get(), nullptr);
     EXPECT_STREQ(ov_error_get(), "");
-    ov_error_set("x");
-    ov_error_clear();
-    EXPECT_STREQ(ov_error_get(), "");
-}
-
-TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTop)
-{
     ov_error_append("Cause.");
     EXPECT_STREQ(ov_error_get(), "Cause.");
     ov_error_append("Context.");
     EXPECT_STREQ(ov_error_get(), "Context.\n\nCause.");
     ov_error_append_utf8_printf("Could not open: %s", "a.template");
     EXPECT_STREQ(ov_error_get(), "Could not open: a.template\n\nContext.\n\nCause.");
+    ov_error_clear();
+    EXPECT_STREQ(ov_error_get(), "");
 }
 
 TEST_F(ErrorBuffer, SettersReplaceWholeText)
@@ -45,12 +35,14 @@ TEST_F(ErrorBuffer, SettersReplaceWholeText)
         void (*set)();
         const char *text;
     } fixed[] = {
+        // clang-format off
         {ov_error_set_unknown, "An unknown program error has occured."},
         {ov_error_set_file_io_reading, "File I/O error when reading file."},
         {ov_error_set_file_io_reading_broken_file, "File I/O error when reading file: The file is broken."},
         {ov_error_set_file_io_writing, "File I/O error when writing to file."},
         {ov_error_set_not_enough_diskspace, "There is not enough disk space on this computer."},
         {ov_error_set_out_of_memory, "The program has run out of memory."},
+        // clang-format on
     };
     for (const auto &row : fixed) {
         ov_error_append("earlier");
@@ -90,12 +82,11 @@ TEST_F(ErrorBuffer, LineLimitCutsAfterNthFeedAndDropsTheRunBeforeIt)
         int limit;
         const char *expected;
     } cases[] = {
+        // clang-format off
         {"l1\nl2\n\n\nl5", 3, "l1\nl2\n\n(Error message truncated.)"},
-        {"l1\nl2\n", 2, "l1\nl2\n\n(Error message truncated.)"},
-        {"l1\nl2", 2, "l1\nl2"},
-        {"l1\nl2", 5, "l1\nl2"},
-        {"l1\nl2", 0, "\n\n(Error message truncated.)"},
-        {"l1\nl2", -1, "l1\nl2"},
+        {"l1\nl2\n", 2, "l1\nl2\n\n(Error message truncated.)"}, {"l1\nl2", 2, "l1\nl2"},
+        {"l1\nl2", 5, "l1\nl2"}, {"l1\nl2", 0, "\n\n(Error message truncated.)"}, {"l1\nl2", -1, "l1\nl2"},
+        // clang-format on
     };
     for (const auto &c : cases) {
         ov_error_set(c.text);
@@ -133,6 +124,7 @@ TEST_F(ErrorBuffer, CairoStatusTable)
         const char *text;
         bool memory;
     } cases[] = {
+        // clang-format off
         {CAIRO_STATUS_NO_MEMORY, "The program has run out of memory.", true},
         {CAIRO_STATUS_READ_ERROR, "Error reading data.", false},
         {CAIRO_STATUS_WRITE_ERROR, "Error writing data.", false},
@@ -140,6 +132,7 @@ TEST_F(ErrorBuffer, CairoStatusTable)
         {CAIRO_STATUS_PNG_ERROR, "PNG error.", false},
         {static_cast<cairo_status_t>(19), "An internal error in the graphics subsystem occurred.", false},
         {CAIRO_STATUS_SUCCESS, "An internal error in the graphics subsystem occurred.", false},
+        // clang-format on
     };
     for (const auto &c : cases) {
         ov_error_set_from_cairo_status(c.status);

@@ -7,16 +7,13 @@
 
 #include "core/raii.h"
 #include "core_test.h"
-#include "support/test_support.h"
 
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <set>
 
@@ -47,22 +44,19 @@ TEST_F(FsUtilsTest, FailuresSayWhyAndKeepTheLastErrno)
         std::string sentence;
         int code; // 0: the errno of before
     } cases[] = {
+        // clang-format off
         {[&] { return ov_fs_utils_open_file(missing.c_str(), "rb"); }, "Cannot open file.", ENOENT},
         {[&] { return ov_fs_utils_open_folder(file("file").c_str()); }, "Cannot open folder.", ENOTDIR},
         {[&] { return ov_fs_utils_create_folder(dir.path().c_str()); }, "Cannot create folder.", EEXIST},
-        {[&] { return ov_fs_utils_delete_file_if_exists(file("full").c_str()); }, "Cannot unlink file.",
-         EISDIR},
-        {[&] { return ov_fs_utils_delete_folder_if_exists(file("full").c_str()); }, "Cannot delete folder.",
-         ENOTEMPTY},
-        {[&] { return ov_fs_utils_rename(missing.c_str(), file("to").c_str()); },
-         "Cannot rename file/folder.", ENOENT},
-        {[&] { return ov_fs_utils_get_info(file("file/x").c_str(), &info); }, "Cannot get file status.",
-         ENOTDIR},
-        {[&] { return str(ov_fs_utils_read_link(file("file").c_str())) != "(null)"; },
-         "Could not read symlink contents.", EINVAL},
+        {[&] { return ov_fs_utils_delete_file_if_exists(file("full").c_str()); }, "Cannot unlink file.", EISDIR},
+        {[&] { return ov_fs_utils_delete_folder_if_exists(file("full").c_str()); }, "Cannot delete folder.", ENOTEMPTY},
+        {[&] { return ov_fs_utils_rename(missing.c_str(), file("to").c_str()); }, "Cannot rename file/folder.", ENOENT},
+        {[&] { return ov_fs_utils_get_info(file("file/x").c_str(), &info); }, "Cannot get file status.", ENOTDIR},
+        {[&] { return str(ov_fs_utils_read_link(file("file").c_str())) != "(null)"; }, "Could not read symlink contents.", EINVAL},
         {[&] { return ov_fs_utils_open_file(bad.c_str(), "wb") != nullptr; }, unusable, 0},
         {[&] { return ov_fs_utils_create_folder_recursively(bad.c_str()); }, unusable, 0},
         {[&] { return str(ov_fs_utils_convert_utf8_to_glibfsenc(bad.c_str())) != "(null)"; }, unusable, 0},
+        // clang-format on
     };
     for (const auto &c : cases) {
         const int before = ov_fs_utils_get_last_errno();
@@ -340,18 +334,16 @@ TEST_F(AtomicFile, FailedWritesKeepTheOldFile)
     const std::string path = dir.file("settings.xml"), old_contents = "<settings>old</settings>\n";
     write_file(path, old_contents);
     chmod(path.c_str(), 0604);
-    EXPECT_EQ(run_in_child([&] {
-                  signal(SIGXFSZ, SIG_IGN);
-                  const rlimit limit = {1000, 1000};
-                  auto write_lines = [](FILE *stream) {
-                      for (int i = 0; i < 1000; i++)
-                          fprintf(stream, "<line>%d</line>\n", i);
-                      return true;
-                  };
-                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                         result(ov_atomic_file_write(path.c_str(), write_lines)) ==
-                             "File I/O error when writing to file.";
-              }),
+    auto write_lines = [](FILE *stream) {
+        for (int i = 0; i < 1000; i++)
+            fprintf(stream, "<line>%d</line>\n", i);
+        return true;
+    };
+    EXPECT_EQ(run_with_file_size_limit(1000,
+                                       [&] {
+                                           return result(ov_atomic_file_write(path.c_str(), write_lines)) ==
+                                                  "File I/O error when writing to file.";
+                                       }),
               0);
     EXPECT_EQ(read_file(path), old_contents);
     EXPECT_EQ(listing(dir.path()), "settings.xml 604;");

@@ -4,7 +4,6 @@
 #include "core/fs_utils.h"
 #include "core/raii.h"
 #include "core_test.h"
-#include "support/test_support.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

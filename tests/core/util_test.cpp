@@ -3,7 +3,6 @@
 
 #include "core/raii.h"
 #include "core_test.h"
-#include "support/test_support.h"
 
 #include <glib/gstdio.h>
 #include <unistd.h>
@@ -55,16 +54,14 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
         const char *parser, *expected;
         std::vector<const char *> texts;
     } cases[] = {
+        // clang-format off
+        // clang-format off
         {"int64", "=-9223372036854775808", {"-9223372036854775808"}},
         {"int64", "Empty integer value.", {"", nullptr}},
         {"int64", "Integer value must not begin with whitespace.", {" 12", "\u00a012", "\v1"}},
         // Overflow is found before the characters behind the digits.
-        {"int64",
-         "Integer value out of range (overflow or underflow).",
-         {"-9223372036854775809", "99999999999999999999x"}},
-        {"int64",
-         "Invalid characters in integer value.",
-         {"12 ", "0x10", "+-1", "\xd9\xa3" /* Arabic-Indic 3 */}},
+        {"int64", "Integer value out of range (overflow or underflow).", {"-9223372036854775809", "99999999999999999999x"}},
+        {"int64", "Invalid characters in integer value.", {"12 ", "0x10", "+-1", "\xd9\xa3" /* Arabic-Indic 3 */}},
         {"int", "Integer value out of valid range (too large).", {"2147483648"}},
         {"int", "Integer value out of valid range (too small).", {"-2147483649"}},
         {"int -5..10", "Integer value out of valid range (too small).", {"-6"}},
@@ -74,8 +71,7 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
         {"uint64", "Unsigned integer value underflow (is negative).", {"-0", "-"}},
         {"uint64", "Unsigned integer value overflow.", {"18446744073709551616"}},
         {"uint 3..9", "Unsigned integer value out of valid range (too large).", {"10"}},
-        {"double", "=12.5", {"+12.5", "1.25e1"}},
-        {"double", "Empty value.", {"", nullptr}},
+        {"double", "=12.5", {"+12.5", "1.25e1"}}, {"double", "Empty value.", {"", nullptr}},
         {"double", "Value must not begin with whitespace.", {" 1", "\u00a01", "\v1", "\v1.5"}},
         {"double", "Floating-point value overflow.", {"-1e999"}},
         {"double", "Floating-point value is not finite.", {"nan", "-infinity"}},
@@ -83,16 +79,12 @@ TEST_F(UtilTest, ParsersFollowTheirOrderOfChecks)
         {"double -1.5..2.5", "Floating-point value out of valid range (too large).", {"2.50001"}},
         {"double -1.5..2.5", "Floating-point value out of valid range (too small).", {"-1.50001"}},
         // Either bound itself is in the range.
-        {"int -5..10", "=-5", {"-5"}},
-        {"int -5..10", "=10", {"+10"}},
-        {"int64 -5e9..0", "=-5000000000", {"-5000000000"}},
-        {"int64 -5e9..0", "=0", {"0"}},
-        {"uint 3..9", "=3", {"3"}},
-        {"uint 3..9", "=9", {"9"}},
-        {"uint64 7..8", "=7", {"7"}},
-        {"uint64 7..8", "=8", {"8"}},
-        {"double -1.5..2.5", "=-1.5", {"-1.5"}},
-        {"double -1.5..2.5", "=2.5", {"2.5"}},
+        {"int -5..10", "=-5", {"-5"}}, {"int -5..10", "=10", {"+10"}}, {"uint 3..9", "=3", {"3"}}, {"uint 3..9", "=9", {"9"}},
+        {"int64 -5e9..0", "=-5000000000", {"-5000000000"}}, {"int64 -5e9..0", "=0", {"0"}},
+        {"uint64 7..8", "=7", {"7"}}, {"uint64 7..8", "=8", {"8"}},
+        {"double -1.5..2.5", "=-1.5", {"-1.5"}}, {"double -1.5..2.5", "=2.5", {"2.5"}},
+        // clang-format on
+        // clang-format on
     };
     for (const auto &c : cases)
         for (const char *text : c.texts)

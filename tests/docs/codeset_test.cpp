@@ -2,31 +2,20 @@
 #include "docs/codeset_io.h"
 #include "docs/remark.h"
 
-#include "core/error.h"
 #include "core/raii.h"
-#include "support/test_support.h"
+#include "docs_test_util.h"
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <csignal>
 #include <random>
 #include <sstream>
-#include <string>
-#include <sys/resource.h>
 #include <tuple>
-#include <vector>
 
 namespace
 {
 
-using ov::test::read_file;
-using ov::test::TempDir;
-using ov::test::write_file;
+using namespace ov::test;
 using RemarkListPtr = ov::Owned<OvRemarkList, ov_remark_list_destroy>;
 using CodesetPtr = ov::Owned<OvCodeset, ov_codeset_destroy>;
+using Codeset = ErrorCleared;
 
 const OvLocale *swedish()
 {
@@ -71,25 +60,16 @@ std::string describe(const OvRemarkList *list, bool with_text = false)
     return text;
 }
 
-class Codeset : public ::testing::Test
-{
-  protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
-
 TEST_F(Codeset, SortedInsertionFollowsTheCascade)
 {
     const std::pair<const char *, const char *> cases[] = {
-        {"10 9 a B", "9 10 a B"},
-        {"R10 R2 R1", "R1 R2 R10"},
-        {"", ""},
+        // clang-format off
+        {"10 9 a B", "9 10 a B"}, {"R10 R2 R1", "R1 R2 R10"}, {"", ""},
         // Case and leading zeros decide only after the looser tests tie.
-        {"r2 R2 r02 R02", "R02 r02 R2 r2"},
-        {"R007 R7 r7", "R007 R7 r7"},
-        {"b A a B", "A a B b"},
+        {"r2 R2 r02 R02", "R02 r02 R2 r2"}, {"R007 R7 r7", "R007 R7 r7"}, {"b A a B", "A a B b"},
         // A remark without a code goes last when added; later codes walk past it.
         {"- B :x A", "- A B "},
+        // clang-format on
     };
     for (const auto &[codes, expected] : cases)
         EXPECT_EQ(describe(make_list(codes, true).get()), expected) << codes;
@@ -260,30 +240,6 @@ TEST_F(Codeset, ReaderNormalisesAndWriterEscapesAllButTheCode)
                                    remark("R&D", "en-uk", "&quot;&apos;&lt;&amp;") + "\n</codeset>\n");
 }
 
-// The reader finds positions by binary search; the order must be the one
-// that sorted insertion one by one gives, whatever the order in the file.
-TEST_F(Codeset, ReaderOrderEqualsSortedInsertion)
-{
-    std::vector<std::string> codes = {"a 1", "a1",  "A01", "a001", "A1",   "1.05", "1.5", "1.50",
-                                      "x10", "x9",  "X9",  "x09",  "10",   "9",    "09",  "0",
-                                      "00",  "a",   "B",   "b b",  "bb",   "R2",   "r02", "R02",
-                                      "r2",  "R10", "R1a", "R1 a", "\xe5", "\xc5"};
-    std::mt19937 random(7);
-    TempDir dir;
-    for (int round = 0; round < 20; round++) {
-        std::shuffle(codes.begin(), codes.end(), random);
-        std::string body = name_element;
-        RemarkListPtr expected(ov_remark_list_new());
-        for (const std::string &code : codes) {
-            body += remark_element(code);
-            ov_remark_list_add_remark_sorted(expected.get(), make_remark(code.c_str()));
-        }
-        write_file(dir.file("o.codeset"), codeset_file(body));
-        CodesetPtr codeset(ov_codeset_io_read_from_file(dir.file("o.codeset").c_str()));
-        EXPECT_EQ(codeset ? describe(codeset->remarks) : ov_error_get(), describe(expected.get()));
-    }
-}
-
 TEST_F(Codeset, BadInputGivesTheExactMessageChain)
 {
     const std::string A = remark_element("A"), D = description;
@@ -294,15 +250,21 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         deep += "<b>";
     const std::string huge = "<codeset><name lang=\"sv\">" + std::string(11 << 20, 'x') + "</name></codeset>";
     const std::string P = "Error parsing codeset file.\n\n";
-    const std::string L = "Error loading codeset file.\n\nCould not parse XML data.\n\n";
+    const std::string L = libxml_refusal("codeset");
     const std::string missing = P + "Missing remark content in XML data.";
     const std::string utf8 = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
-    struct Case {
-        const char *what;
-        std::string contents;
-        std::string message; // the whole chain, or for libxml2's refusals L and a part of its reason
+    // Entities load only from beside the codeset.
+    TempDir dir, outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("code.ent"), "K1");
+    auto entity = [&](const std::string &address) {
+        return "<!DOCTYPE codeset [<!ENTITY x SYSTEM \"" + address + "\">]><codeset>" + name_element +
+               remark_element("&x;") + "</codeset>";
     };
-    const Case cases[] = {
+    const std::vector<BadFile> cases = {
+        {"entity from beside", entity("code.ent"), ""},
+        {"entity from outside", entity(outside.file("secret")),
+         L + "External entity outside the document's folder refused: " + outside.file("secret")},
         {"truncated", "<codeset>", L},
         {"deeply nested", deep, L + "depth"},
         {"huge text node", huge, L + "huge"},
@@ -334,68 +296,17 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
         {"non-Latin-1 name", utf8 + "<codeset><name lang=\"sv\">\xe2\x82\xac</name>" + A + "</codeset>",
          P + "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed."},
     };
-    TempDir dir;
-    const std::string path = dir.file("bad.codeset");
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        ov_error_clear();
-        write_file(path, c.contents);
-        EXPECT_EQ(ov_codeset_io_read_from_file(path.c_str()), nullptr);
-        const std::string error = ov_error_get();
-        const bool by_libxml = c.message.starts_with(L);
-        EXPECT_TRUE(by_libxml ? error.starts_with(L) && error.find(c.message.substr(L.size())) != error.npos
-                              : error == c.message)
-            << error;
-    }
-    EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("missing.codeset").c_str()), nullptr);
-    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading codeset file.\n\nCannot open file."));
-    ASSERT_EQ(mkfifo(dir.file("fifo.codeset").c_str(), 0600), 0);
-    EXPECT_EQ(ov_codeset_io_read_from_file(dir.file("fifo.codeset").c_str()), nullptr);
-    EXPECT_EQ(std::string(ov_error_get()),
-              "Error loading codeset file.\n\nCannot open file.\n\nNot a regular file.");
-
-    // Entities load only from beside the codeset.
-    TempDir outside;
-    write_file(outside.file("secret"), "SECRET");
-    write_file(dir.file("code.ent"), "K1");
-    for (const std::string &entity : {outside.file("secret"), std::string("code.ent")}) {
-        write_file(path, "<!DOCTYPE codeset [<!ENTITY x SYSTEM \"" + entity + "\">]><codeset>" +
-                             name_element + remark_element("&x;") + "</codeset>");
-        CodesetPtr codeset(ov_codeset_io_read_from_file(path.c_str()));
-        if (entity == "code.ent") {
-            ASSERT_TRUE(codeset) << ov_error_get();
-            EXPECT_EQ(describe(codeset->remarks), "K1");
-        } else {
-            EXPECT_FALSE(codeset);
-            EXPECT_EQ(
-                std::string(ov_error_get()),
-                "Error loading codeset file.\n\nCould not parse XML data.\n\nExternal entity outside the "
-                "document's folder refused: " +
-                    entity);
-        }
-    }
+    expect_refusals(
+        "codeset", dir,
+        [](const char *path) { return CodesetPtr(ov_codeset_io_read_from_file(path)) != nullptr; }, cases);
 }
 
 TEST_F(Codeset, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
-    TempDir dir;
-    const std::string path = dir.file("a.codeset");
-    write_file(path, "old");
     CodesetPtr codeset(ov_codeset_io_read_from_file((shipped + "condition_remarks.codeset").c_str()));
     ASSERT_NE(codeset, nullptr);
-    // Writes beyond 4 kB fail part-way through.
-    EXPECT_EQ(ov::test::run_in_child([&] {
-                  const rlimit limit = {4096, 4096};
-                  signal(SIGXFSZ, SIG_IGN);
-                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                         !ov_codeset_io_write_to_file(codeset.get(), path.c_str()) &&
-                         g_strcmp0(ov_error_get(), "File I/O error when writing to file.") == 0;
-              }),
-              0);
-    EXPECT_EQ(read_file(path), "old");
-    ov::Owned<GDir, g_dir_close> listing(g_dir_open(dir.path().c_str(), 0, nullptr));
-    EXPECT_STREQ(g_dir_read_name(listing.get()), "a.codeset");
-    EXPECT_EQ(g_dir_read_name(listing.get()), nullptr);
+    expect_failed_saves_keep_the_old_file(
+        "a.codeset", [&](const char *path) { return ov_codeset_io_write_to_file(codeset.get(), path); });
 }
 
 } // namespace

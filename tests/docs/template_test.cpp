@@ -1,43 +1,19 @@
 #include "docs/template.h"
 #include "docs/template_io.h"
 
-#include "core/error.h"
 #include "core/raii.h"
+#include "docs_test_util.h"
 #include "lang/active_locale.h"
 #include "lang/locale.h"
-#include "support/test_support.h"
 
-#include <gtest/gtest.h>
-
-#include <glib/gstdio.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <csignal>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace
 {
 
+using namespace ov::test;
 using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
-using ov::test::fixture;
-using ov::test::read_file;
-using ov::test::write_file;
-
-std::vector<std::string> list_folder(const std::string &path)
-{
-    std::vector<std::string> names;
-    if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-        while (const char *name = g_dir_read_name(dir))
-            names.emplace_back(name);
-        g_dir_close(dir);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
+using TemplateTest = ErrorCleared;
 
 const std::string examples = std::string(OV_SOURCE_DIR) + "/resources/install/templates/";
 
@@ -51,17 +27,10 @@ TemplatePtr read_template(const std::string &path)
 // The bytes the writer gives for tmpl.
 std::string written(const ov_template *tmpl)
 {
-    ov::test::TempDir dir;
+    TempDir dir;
     EXPECT_TRUE(ov_template_io_write_to_file(tmpl, dir.file("out.template").c_str())) << ov_error_get();
     return read_file(dir.file("out.template"));
 }
-
-class TemplateTest : public ::testing::Test
-{
-  protected:
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
 
 TEST_F(TemplateTest, FilesRoundTripByteForByte)
 {
@@ -131,17 +100,23 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
     for (int i = 0; i < 6; ++i)
         mismatches += "<a></b>\n";
     const std::string P = "Error parsing template file.\n\n", node = P + "Missing XML node: ";
-    const std::string L = "Error loading template file.\n\nCould not parse XML data.\n\n";
+    const std::string L = libxml_refusal("template");
     const std::string latin1 = " content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.";
     const std::string no_text = P + "Missing text content in XML.\n\nText content is empty.";
     const std::string locale = P + "Unsupported locale in XML lang attribute.";
     const std::string no_file_name = P + "Missing XML attribute: filename";
-    struct Case {
-        const char *what;
-        std::string contents;
-        std::string message; // the whole chain, or for libxml2's refusals L and a part of its reason
+    // Entities load only from beside the template.
+    TempDir dir, outside;
+    write_file(outside.file("secret"), "SECRET");
+    write_file(dir.file("name.ent"), "Beside");
+    auto entity = [&](const std::string &address) {
+        return "<!DOCTYPE template [<!ENTITY x SYSTEM \"" + address + "\">]><template>" +
+               "<name lang=\"sv\">&x;</name>" + R + "</template>";
     };
-    const Case cases[] = {
+    const std::vector<BadFile> cases = {
+        {"entity from beside", entity("name.ent"), ""},
+        {"entity from outside", entity(outside.file("secret")),
+         L + "External entity outside the document's folder refused: " + outside.file("secret")},
         {"malformed", "<template><name></template>", L + "mismatch"},
         {"truncated", file(N).substr(0, 40), L},
         {"deeply nested", deep, L + "depth"},
@@ -187,50 +162,9 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
         {"version after bad children", file(bad_report + "<version/>" + N), no_text},
         {"first failing child", file(N + "<codesets><codeset/></codesets>" + bad_report), no_file_name},
     };
-    ov::test::TempDir dir;
-    const std::string path = dir.file("bad.template");
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        ov_error_clear();
-        write_file(path, c.contents);
-        EXPECT_EQ(TemplatePtr(ov_template_io_read_from_file(path.c_str())) == nullptr, !c.message.empty());
-        const std::string error = ov_error_get();
-        const bool by_libxml = c.message.starts_with(L);
-        EXPECT_TRUE(by_libxml ? error.starts_with(L) && error.find(c.message.substr(L.size())) != error.npos
-                              : error == c.message)
-            << error;
-    }
-    EXPECT_EQ(ov_template_io_read_from_file(dir.file("missing.template").c_str()), nullptr);
-    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Error loading template file.\n\nCannot open file."));
-
-    // What is not a regular file is refused without waiting for a writer.
-    ASSERT_EQ(mkfifo(dir.file("fifo.template").c_str(), 0600), 0);
-    for (const std::string &name : {dir.file("fifo.template"), dir.path()}) {
-        EXPECT_EQ(ov_template_io_read_from_file(name.c_str()), nullptr);
-        EXPECT_TRUE(
-            std::string(ov_error_get()).starts_with("Error loading template file.\n\nCannot open file."))
-            << ov_error_get();
-    }
-
-    // Entities load only from beside the template.
-    ov::test::TempDir outside;
-    write_file(outside.file("secret"), "SECRET");
-    write_file(dir.file("name.ent"), "Beside");
-    for (const std::string &entity : {outside.file("secret"), std::string("name.ent")}) {
-        write_file(path, "<!DOCTYPE template [<!ENTITY x SYSTEM \"" + entity + "\">]><template>" +
-                             "<name lang=\"sv\">&x;</name>" + R + "</template>");
-        TemplatePtr tmpl(ov_template_io_read_from_file(path.c_str()));
-        if (entity == "name.ent") {
-            ASSERT_TRUE(tmpl) << ov_error_get();
-            EXPECT_STREQ(ov_langstr_get_text(tmpl->name, nullptr), "Beside");
-        } else {
-            EXPECT_FALSE(tmpl);
-            EXPECT_EQ(std::string(ov_error_get()),
-                      "Error loading template file.\n\nCould not parse XML data.\n\nExternal entity outside "
-                      "the document's folder refused: " +
-                          entity);
-        }
-    }
+    expect_refusals(
+        "template", dir,
+        [](const char *path) { return TemplatePtr(ov_template_io_read_from_file(path)) != nullptr; }, cases);
 }
 
 TEST_F(TemplateTest, TranslationStatisticsCountEveryTextOnce)
@@ -253,7 +187,7 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
 {
     const OvLocale *saved = ov_ovinternal_get_active_locale();
     ov_ovinternal_set_active_locale(ov_locale_get_swedish_swedish());
-    ov::test::TempDir dir;
+    TempDir dir;
     const std::string painting = read_file(examples + "painting.template");
     write_file(dir.file("PAINTING.TEMPLATE"), painting);
     write_file(dir.file("notes.txt"), painting);
@@ -262,7 +196,7 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
     write_file(dir.file("heading.template"), "<template><name lang=\"sv\">Rubrik</name><version>3</version>"
                                              "<report-type>" +
                                                  std::string(1 << 20, ' ') + "<junk></template>");
-    g_mkdir(dir.file("folder.template").c_str(), 0700);
+    mkdir(dir.file("folder.template").c_str(), 0700);
     mkfifo(dir.file("fifo.template").c_str(), 0600);
     ov_template_list *list = ov_template_list_load_from_folder(dir.path().c_str());
     ASSERT_EQ(ov::list_count(list->entries), 2u);
@@ -282,24 +216,10 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
 
 TEST_F(TemplateTest, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
-    ov::test::TempDir dir;
-    const std::string path = dir.file("t.template");
-    write_file(path, "old");
     TemplatePtr tmpl = read_template(examples + "painting.template");
     ASSERT_TRUE(tmpl);
-    // Writes beyond 4 kB fail part-way through.
-    EXPECT_EQ(ov::test::run_in_child([&] {
-                  const rlimit limit = {4096, 4096};
-                  std::signal(SIGXFSZ, SIG_IGN);
-                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
-                         !ov_template_io_write_to_file(tmpl.get(), path.c_str()) &&
-                         std::string(ov_error_get()).starts_with("File I/O error when writing to file.");
-              }),
-              0);
-    EXPECT_EQ(read_file(path), "old");
-    EXPECT_FALSE(ov_template_io_write_to_file(tmpl.get(), dir.file("missing/t.template").c_str()));
-    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Cannot create file.\n\n")) << ov_error_get();
-    EXPECT_EQ(list_folder(dir.path()), std::vector<std::string>{"t.template"});
+    expect_failed_saves_keep_the_old_file(
+        "t.template", [&](const char *path) { return ov_template_io_write_to_file(tmpl.get(), path); });
 }
 
 } // namespace

@@ -3,14 +3,19 @@
 // the input that made it fail).
 #pragma once
 
+#include "core/error.h"
+
 #include <glib.h>
-#include <glib/gstdio.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
+
+extern "C" void g_set_user_dirs(const gchar *first_dir_type, ...) G_GNUC_NULL_TERMINATED;
 
 #define OV_FUZZ_CHECK(condition)                                                                             \
     do {                                                                                                     \
@@ -23,22 +28,6 @@
 namespace ov::fuzz
 {
 
-inline void remove_tree(const std::string &path)
-{
-    if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-        while (const char *name = g_dir_read_name(dir)) {
-            const std::string child = path + "/" + name;
-            if (g_file_test(child.c_str(), G_FILE_TEST_IS_DIR) &&
-                !g_file_test(child.c_str(), G_FILE_TEST_IS_SYMLINK))
-                remove_tree(child);
-            else
-                g_remove(child.c_str());
-        }
-        g_dir_close(dir);
-    }
-    g_rmdir(path.c_str());
-}
-
 // A folder made on first use and removed when the process exits. Its name
 // is kept outside any object that exit destroys first.
 inline const std::string &folder()
@@ -47,7 +36,10 @@ inline const std::string &folder()
     static const std::string path = [] {
         made = g_dir_make_tmp("ov-fuzz-XXXXXX", nullptr);
         OV_FUZZ_CHECK(made != nullptr);
-        std::atexit([] { remove_tree(made); });
+        std::atexit([] {
+            std::error_code ignored;
+            std::filesystem::remove_all(made, ignored);
+        });
         return std::string(made);
     }();
     return path;
@@ -58,12 +50,22 @@ inline std::string path_in_folder(std::string_view name)
     return folder() + "/" + std::string(name);
 }
 
+// Makes the fuzz folder's "home" and "config" the user's folders, with
+// sub_folder made inside home; gives the configuration folder.
+inline std::string use_private_home(const std::string &sub_folder)
+{
+    const std::string home = path_in_folder("home"), config = path_in_folder("config");
+    g_mkdir_with_parents((home + "/" + sub_folder).c_str(), 0700);
+    g_mkdir_with_parents((config + "/orvane").c_str(), 0700);
+    g_setenv("HOME", home.c_str(), TRUE);
+    g_setenv("XDG_CONFIG_HOME", config.c_str(), TRUE);
+    g_set_user_dirs("HOME", home.c_str(), "XDG_CONFIG_HOME", config.c_str(), nullptr);
+    return config;
+}
+
 inline void write_bytes(const std::string &path, const void *data, size_t size)
 {
-    FILE *file = std::fopen(path.c_str(), "wb");
-    OV_FUZZ_CHECK(file != nullptr);
-    OV_FUZZ_CHECK(size == 0 || std::fwrite(data, 1, size, file) == size);
-    OV_FUZZ_CHECK(std::fclose(file) == 0);
+    OV_FUZZ_CHECK(g_file_set_contents(path.c_str(), static_cast<const gchar *>(data), gssize(size), nullptr));
 }
 
 inline std::string read_bytes(const std::string &path)
@@ -81,6 +83,30 @@ inline std::string text_of(const uint8_t *data, size_t size)
 {
     const std::string_view bytes(reinterpret_cast<const char *>(data), size);
     return std::string(bytes.substr(0, bytes.find('\0')));
+}
+
+// Reads the input as a file named name with read; what reads must write
+// bytes that read back and write the same bytes again.
+template <class Document>
+void check_round_trip(const uint8_t *data, size_t size, const char *name, Document *(*read)(const char *),
+                      gboolean (*write)(const Document *, const char *), void (*destroy)(Document *),
+                      void (*also)(const Document *) = nullptr)
+{
+    const std::string in = path_in_folder(name), first = path_in_folder(std::string("first_") + name),
+                      second = path_in_folder(std::string("second_") + name);
+    write_bytes(in, data, size);
+    Document *document = read(in.c_str());
+    ov_error_clear();
+    if (document != nullptr) {
+        if (also != nullptr)
+            also(document);
+        OV_FUZZ_CHECK(write(document, first.c_str()));
+        destroy(document);
+        document = read(first.c_str());
+        OV_FUZZ_CHECK(document != nullptr && write(document, second.c_str()));
+        OV_FUZZ_CHECK(read_bytes(first) == read_bytes(second));
+        destroy(document);
+    }
 }
 
 } // namespace ov::fuzz

@@ -6,39 +6,25 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
-namespace
-{
-
-void collect(const std::string &path, std::vector<std::string> &files)
-{
-    if (!g_file_test(path.c_str(), G_FILE_TEST_IS_DIR)) {
-        files.push_back(path);
-        return;
-    }
-    GDir *folder = g_dir_open(path.c_str(), 0, nullptr);
-    if (folder == nullptr)
-        return;
-    std::vector<std::string> names;
-    while (const char *name = g_dir_read_name(folder))
-        names.emplace_back(name);
-    g_dir_close(folder);
-    std::sort(names.begin(), names.end());
-    for (const std::string &name : names)
-        collect(path + "/" + name, files);
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
     std::vector<std::string> files;
-    for (int i = 1; i < argc; ++i)
-        collect(argv[i], files);
+    for (int i = 1; i < argc; ++i) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(argv[i], error))
+            files.push_back(argv[i]);
+        else
+            for (const auto &entry : std::filesystem::recursive_directory_iterator(argv[i], error))
+                if (!entry.is_directory())
+                    files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
     for (const std::string &file : files) {
         gchar *contents = nullptr;
         gsize length = 0;

@@ -11,6 +11,7 @@
 #include "core/raii.h"
 #include "lang/langstr.h"
 #include "lang/locale_list.h"
+#include "support/test_support.h"
 
 namespace ov::test
 {
@@ -53,11 +54,5 @@ inline std::string tags_of(const OvLocaleList *list)
         text += (text.empty() ? "" : " ") + std::string(link->locale->tag);
     return text;
 }
-
-// Leaves the process-wide error buffer as it found it: empty.
-struct ErrorCleared : ::testing::Test {
-    void SetUp() override { ov_error_clear(); }
-    void TearDown() override { ov_error_clear(); }
-};
 
 } // namespace ov::test

@@ -20,16 +20,12 @@ TEST(Langstr, TextChoiceFallsBackInFourSteps)
     struct {
         const char *translations, *shown_for, *expected;
     } cases[] = {
-        {"en-us=Color en-uk=Colour", "en-us", "Color"},
-        {"en-us=Color en-uk=Colour", "en-au", "Colour"},
-        {"fr-ca=A fr-be=B fr-ch=C", "fr-fr", "B"},
-        {"de-de=Haus en-us=Home", "fr-fr", "Home"},
-        {"sv=Hus da=Hus2", "fi", "Hus2"},
-        {"de-de=Y =X", "fr-fr", "X"},
-        {"=X sv=Hus", "sv-fi", "Hus"},
-        {"sv=Hus =X", "", "X"},
-        {"=first =second", "fi", "first"},
-        {"", "sv", nullptr},
+        // clang-format off
+        {"en-us=Color en-uk=Colour", "en-us", "Color"}, {"en-us=Color en-uk=Colour", "en-au", "Colour"},
+        {"fr-ca=A fr-be=B fr-ch=C", "fr-fr", "B"}, {"de-de=Haus en-us=Home", "fr-fr", "Home"},
+        {"sv=Hus da=Hus2", "fi", "Hus2"}, {"de-de=Y =X", "fr-fr", "X"}, {"=X sv=Hus", "sv-fi", "Hus"},
+        {"sv=Hus =X", "", "X"}, {"=first =second", "fi", "first"}, {"", "sv", nullptr},
+        // clang-format on
     };
     for (const auto &c : cases)
         EXPECT_STREQ(ov_langstr_get_text(langstr_of(c.translations).get(), locale(c.shown_for)), c.expected)
@@ -54,16 +50,16 @@ TEST(Langstr, SetAndRemoveTranslation)
         gboolean changed;
         const char *after;
     } cases[] = {
-        {"", "sv", "Hus", TRUE, "sv=Hus"},
-        {"sv=Hus", "sv", "Hus", FALSE, "sv=Hus"},
-        {"sv=Hus da=B", "sv", "Hem", TRUE, "sv=Hem da=B"},
-        {"sv=Hus", "da", "Hus", TRUE, "sv=Hus da=Hus"},
+        // clang-format off
+        // clang-format off
+        {"", "sv", "Hus", TRUE, "sv=Hus"}, {"sv=Hus", "sv", "Hus", FALSE, "sv=Hus"},
+        {"sv=Hus da=B", "sv", "Hem", TRUE, "sv=Hem da=B"}, {"sv=Hus", "da", "Hus", TRUE, "sv=Hus da=Hus"},
         {"sv=A =Hus nb=C", "da", "Hus", TRUE, "sv=A da=Hus nb=C"}, // re-labelled in place
         {"da=Hus", "", "Hus", FALSE, "da=Hus"},                    // an undefined text any translation has
-        {"=Hus da=B", "", "Hem", TRUE, "=Hus da=B =Hem"},
-        {"=A sv=Hus =B", "", nullptr, TRUE, "sv=Hus =B"},
-        {"sv=Hus", "nb", nullptr, FALSE, "sv=Hus"},
-        {"sv=Hus", "sv", nullptr, TRUE, ""},
+        {"=Hus da=B", "", "Hem", TRUE, "=Hus da=B =Hem"}, {"=A sv=Hus =B", "", nullptr, TRUE, "sv=Hus =B"},
+        {"sv=Hus", "nb", nullptr, FALSE, "sv=Hus"}, {"sv=Hus", "sv", nullptr, TRUE, ""},
+        // clang-format on
+        // clang-format on
     };
     for (const auto &c : cases) {
         LangstrPtr before = langstr_of(c.before);
@@ -110,19 +106,19 @@ TEST(Langstr, IdenticalSubsetMergeableAndMerge)
         bool identical, subset, mergeable;
         const char *merged; // a after merging b into it
     } cases[] = {
-        {"", "", true, true, false, ""},
-        {"", "sv=A", false, true, false, ""},
-        {"sv=A", "", false, false, false, "sv=A"},
-        {"sv=A da=B", "da=B sv=A", false, true, true, "sv=A da=B"},
-        {"sv=A", "sv=A da=B", false, true, true, "sv=A da=B"},
-        {"sv=A", "sv=B", false, false, false, "sv=A"},
+        // clang-format off
+        // clang-format off
+        {"", "", true, true, false, ""}, {"", "sv=A", false, true, false, ""},
+        {"sv=A", "", false, false, false, "sv=A"}, {"sv=A da=B", "da=B sv=A", false, true, true, "sv=A da=B"},
+        {"sv=A", "sv=A da=B", false, true, true, "sv=A da=B"}, {"sv=A", "sv=B", false, false, false, "sv=A"},
         {"sv=A", "da=A", false, false, false, "sv=A"},
         {"sv=A da=B", "sv=A da=C", false, false, false, "sv=A da=B"},
         {"=A", "da=A", false, true, true, "da=A"},
         {"=A nb=X", "da=A sv=B", false, false, true, "da=A nb=X sv=B"},
-        {"da=A", "=A =B", false, false, true, "da=A =B"},
-        {"=A", "=B", false, false, false, "=A"},
+        {"da=A", "=A =B", false, false, true, "da=A =B"}, {"=A", "=B", false, false, false, "=A"},
         {"=A", "=A", true, true, true, "=A"},
+        // clang-format on
+        // clang-format on
     };
     for (const auto &c : cases) {
         langstr *a = langstr_of(c.a).release();

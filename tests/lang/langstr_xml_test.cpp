@@ -51,17 +51,9 @@ TEST_F(LangstrXml, Reading)
         // Duplicate locales: the later text wins, equal undefined texts merge.
         {R"(<n lang="en">A</n><n lang="en-uk">B</n>)", TRUE, "en-uk=B"},
         {R"(<n lang="">A</n><n lang="">A</n><n lang="da">A</n>)", TRUE, "da=A"},
-        {R"(<n lang="sv">&lt;&amp;&#xE9;)"
-         "\xe9</n>",
-         TRUE, "sv=<&\xe9\xe9"},
-        {R"(<n lang="sv">  a )"
-         "\t\n"
-         R"( b  </n><n lang="da">x&#xD;&#x9;y</n>)",
-         TRUE, "sv=a b da=x y"},
-        {R"(<n lang="sv">  a )"
-         "\t\n"
-         R"( b  </n><n lang="da">x&#xD;&#x9;y</n>)",
-         FALSE, "sv=a  \n b da=x  y"},
+        {"<n lang=\"sv\">&lt;&amp;&#xE9;\xe9</n>", TRUE, "sv=<&\xe9\xe9"},
+        {"<n lang=\"sv\">  a \t\n b  </n><n lang=\"da\">x&#xD;&#x9;y</n>", TRUE, "sv=a b da=x y"},
+        {"<n lang=\"sv\">  a \t\n b  </n><n lang=\"da\">x&#xD;&#x9;y</n>", FALSE, "sv=a  \n b da=x  y"},
     };
     for (const auto &c : cases) {
         ov::XmlDocPtr doc = parse(c.body);
@@ -78,14 +70,14 @@ TEST_F(LangstrXml, BadInputFailsTheWholeString)
     struct {
         const char *body, *message; // the top sentence
     } cases[] = {
-        {R"(<n lang="sv">A</n><n lang="xx">B</n>)", unsupported},
-        {R"(<n lang="EN-UK">A</n>)", unsupported},
+        // clang-format off
+        {R"(<n lang="sv">A</n><n lang="xx">B</n>)", unsupported}, {R"(<n lang="EN-UK">A</n>)", unsupported},
         {R"(<n lang="sv">A</n><n>B</n>)", "Missing XML attribute: lang"},
         {"<n lang=\"sv\xe9\">A</n>", "Invalid XML attribute content."},
-        {R"(<n lang="sv">A</n><n lang="da"></n>)", empty},
-        {"<n lang=\"sv\"> \t\n </n>", empty},
+        {R"(<n lang="sv">A</n><n lang="da"></n>)", empty}, {"<n lang=\"sv\"> \t\n </n>", empty},
         {R"(<n lang="sv"><!-- only a comment --></n>)", "Error reading text content from XML node."},
         {R"(<n lang="sv">&#x20AC;</n>)", "Invalid XML node content."},
+        // clang-format on
     };
     for (gboolean compact : {gboolean(FALSE), gboolean(TRUE)}) {
         for (const auto &c : cases) {

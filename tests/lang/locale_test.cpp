@@ -9,7 +9,6 @@
 #include <string>
 
 #include "lang/lang_test_util.h"
-#include "support/test_support.h"
 
 namespace
 {
@@ -127,12 +126,12 @@ TEST_F(SystemLocale, NameTriesTheWholeNameThenTheLanguage)
     struct {
         const char *name, *result; // a tag, or the message when nothing maps
     } cases[] = {
-        {"pt_BR", "pt-br"},       {"sv_SE.UTF-8", "sv"},
-        {"en_US", "en-us"},       {"en_US.UTF-8", "en-uk"},
-        {"de_AT.UTF-8", "de-de"}, {"fr", "fr-fr"},
-        {"NB_no", "nb"},          {"no_NO", unsupported},
+        // clang-format off
+        {"pt_BR", "pt-br"},       {"sv_SE.UTF-8", "sv"}, {"en_US", "en-us"},       {"en_US.UTF-8", "en-uk"},
+        {"de_AT.UTF-8", "de-de"}, {"fr", "fr-fr"}, {"NB_no", "nb"},          {"no_NO", unsupported},
         {"C", unsupported},       {"", unsupported},
         {"_SE", unsupported},     {"sv\xe9", "Non-ascii byte found where not allowed."},
+        // clang-format on
     };
     for (const auto &c : cases) {
         const OvLocale *mapped = ov_platform_map_system_locale_name(c.name);

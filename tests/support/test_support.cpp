@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <glib/gstdio.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -33,20 +35,6 @@ GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields,
         return G_LOG_WRITER_HANDLED;
     }
     return g_log_writer_default(level, fields, n_fields, nullptr);
-}
-
-void remove_tree(const std::string &path)
-{
-    if (g_file_test(path.c_str(), G_FILE_TEST_IS_DIR) && !g_file_test(path.c_str(), G_FILE_TEST_IS_SYMLINK)) {
-        if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-            while (const char *name = g_dir_read_name(dir))
-                remove_tree(path + "/" + name);
-            g_dir_close(dir);
-        }
-        g_rmdir(path.c_str());
-    } else {
-        g_unlink(path.c_str());
-    }
 }
 
 } // namespace
@@ -84,8 +72,9 @@ TempDir::TempDir()
 
 TempDir::~TempDir()
 {
+    std::error_code ignored; // symlinks are removed, never followed
     if (!path_.empty())
-        remove_tree(path_);
+        std::filesystem::remove_all(path_, ignored);
 }
 
 std::string TempDir::file(std::string_view name) const
@@ -129,6 +118,15 @@ int run_in_child(const std::function<bool()> &body)
     if (WIFSIGNALED(status))
         return 128 + WTERMSIG(status);
     return WEXITSTATUS(status);
+}
+
+int run_with_file_size_limit(long max_bytes, const std::function<bool()> &body)
+{
+    return run_in_child([&] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {rlim_t(max_bytes), rlim_t(max_bytes)};
+        return setrlimit(RLIMIT_FSIZE, &limit) == 0 && body();
+    });
 }
 
 void flush_events()

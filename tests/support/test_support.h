@@ -1,7 +1,10 @@
 // Helpers shared by the test suites.
 #pragma once
 
+#include "core/error.h"
+
 #include <glib.h>
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
@@ -50,6 +53,15 @@ std::string fixture(std::string_view name);
 // 128 + signal when it was killed). The child exits with 0 when body returns
 // true. Use for tests that change process-wide state for good.
 int run_in_child(const std::function<bool()> &body);
+// The same, with files limited to max_bytes and SIGXFSZ ignored: a full disk
+// as seen by a writer.
+int run_with_file_size_limit(long max_bytes, const std::function<bool()> &body);
+
+// Starts and ends every test with an empty error buffer.
+struct ErrorCleared : ::testing::Test {
+    void SetUp() override { ov_error_clear(); }
+    void TearDown() override { ov_error_clear(); }
+};
 
 // Runs pending main-loop events until none are left.
 void flush_events();
