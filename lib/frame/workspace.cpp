@@ -283,11 +283,17 @@ gboolean ov_workspace_get_saved_folder_path(char **path)
     xmlNode *workspace = ov_xml_get_required_distinct_child_node(root, "workspace");
     if (workspace == nullptr)
         return FALSE;
-    char *value = ov_xml_get_nonempty_required_attribute_value_as_utf8(workspace, "path");
-    if (value == nullptr)
+    ov::GStr value(ov_xml_get_nonempty_required_attribute_value_as_utf8(workspace, "path"));
+    if (!value)
         return FALSE;
-    ov_fs_utils_strip_ending_path_delimiters(value);
-    *path = value;
+    ov_fs_utils_strip_ending_path_delimiters(value.get());
+    // A relative path would put the workspace wherever the program was
+    // started, and "/" strips down to such a path: both are refused.
+    if (!g_path_is_absolute(value.get())) {
+        ov_error_set_utf8_printf("Workspace path is not an absolute folder path: %s", value.get());
+        return FALSE;
+    }
+    *path = value.release();
     return TRUE;
 }
 

@@ -44,7 +44,9 @@ TEST(Workspace, PointerFileAndOpeningTheSavedOrTheDefaultFolder)
         EXPECT_STREQ(ov::GStr(path).get(), "/w/My Wörk");
         for (const char *broken : {"<orvane", "<orvane/>", "<orvane><workspace/></orvane>",
                                    "<orvane><workspace path=\"\"/></orvane>",
-                                   "<orvane><workspace path=\"/a\"/><workspace path=\"/b\"/></orvane>"}) {
+                                   "<orvane><workspace path=\"/a\"/><workspace path=\"/b\"/></orvane>",
+                                   "<orvane><workspace path=\"//\"/></orvane>",
+                                   "<orvane><workspace path=\"Orvane Workspace\"/></orvane>"}) {
             write_file(pointer, broken);
             EXPECT_FALSE(ov_workspace_get_saved_folder_path(&path)) << broken;
             EXPECT_EQ(path, nullptr);
