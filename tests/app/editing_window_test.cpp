@@ -8,12 +8,9 @@
 #include "app/editing_window.h"
 #include "app/tab_menu_icon.h"
 #include "app/text_sheet_editor.h"
-#include "frame/startup.h"
 #include "gui/spacifying_entry.h"
 #include "widgets/active_locale_picker.h"
-#include "widgets/langstr_editor.h"
 #include "widgets/langstr_entry.h"
-#include "widgets/translation_entry.h"
 
 #include <gtest/gtest.h>
 
@@ -31,16 +28,6 @@ constexpr const char *header_window = "Enter multilingual text";
 GtkWidget *top()
 {
     return GTK_WIDGET(top_window());
-}
-
-// Does what opens menus or modal windows while answers, a script of its
-// own, answers them.
-void answered(const std::function<void(Script &)> &answers, const std::function<void()> &action)
-{
-    Script script;
-    answers(script);
-    action();
-    finish(script);
 }
 
 // The sheet of the page shown.
@@ -88,15 +75,8 @@ void tab_menu(
     answered(
         [&](Script &s) {
             s.when_menu([entry, menu] {
-                if (menu != nullptr) {
-                    for (GtkWidget *item : find_widgets(GTK_WIDGET(open_menu()),
-                                                        [](GtkWidget *w) { return GTK_IS_MENU_ITEM(w); }))
-                        *menu += (menu->empty() ? "" : "|") +
-                                 (GTK_IS_SEPARATOR_MENU_ITEM(item)
-                                      ? std::string("-")
-                                      : std::string(gtk_menu_item_get_label(GTK_MENU_ITEM(item))) +
-                                            (gtk_widget_get_sensitive(item) ? "" : "(off)"));
-                }
+                if (menu != nullptr)
+                    *menu = menu_labels(open_menu(), true);
                 if (entry != nullptr)
                     activate_menu_item(entry);
                 else
@@ -108,39 +88,20 @@ void tab_menu(
         [&] { click(icon); });
 }
 
-OvLangstrEditor *text_window_editor()
-{
-    return OV_LANGSTR_EDITOR(find_widget(top(), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
-}
-
-GtkWidget *translation_field(int index)
-{
-    GList *entries = ov_langstr_editor_get_entries(text_window_editor());
-    GtkWidget *field =
-        ov_translation_entry_get_text_widget(OV_TRANSLATION_ENTRY(g_list_nth_data(entries, index)));
-    g_list_free(entries);
-    return field;
-}
-
 // Types the UK English text, adds a Swedish translation and presses OK.
 Script::Action enter_english_and_swedish(std::string english, std::string swedish)
 {
     return [english, swedish] {
         type_text(translation_field(0), english.c_str());
         answered([](Script &s) { s.when_menu([] { activate_menu_item("All languages/Swedish/Sweden"); }); },
-                 [] { click(ov_langstr_editor_get_add_button(text_window_editor())); });
+                 [] { click(ov_langstr_editor_get_add_button(top_langstr_editor())); });
         wait_until([] { return translation_field(1) != nullptr; });
         type_text(translation_field(1), swedish.c_str());
         click_button("OK");
     };
 }
 
-struct EditingWindow : DocsGui {
-    void SetUp() override
-    {
-        DocsGui::SetUp();
-        ASSERT_TRUE(ov_startup_load_icon_images()) << ov_error_get(); // the sheets' menu icons
-    }
+struct EditingWindow : SheetGui {
     TempWorkspace workspace;
     TempDir dir;
     std::string path = dir.file("edited.template");
@@ -376,7 +337,7 @@ TEST_F(EditingWindow, APathThatDoesNotExistIsANewFileCreatedOnSave)
         answered([](Script &s) { s.when_window("Name the new report type", enter_text("Only")); },
                  [&] { click(find_button(window, "New")); });
         answered(
-            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Fresh")); },
+            [](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("Fresh")); },
             [&] { click(name_entry(window)); });
         save(window);
         EXPECT_FALSE(is_modified(window));
@@ -506,7 +467,7 @@ TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
         type_text(version, "23");
         type_text(codesets, "a.codeset");
         answered(
-            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Renamed")); },
+            [](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("Renamed")); },
             [&] { click(name_entry(window)); });
         type_text(version, "4");
         const std::string after = texts();

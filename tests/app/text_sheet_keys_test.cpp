@@ -7,7 +7,6 @@
 #include "app/component_gui_editor_window.h"
 #include "app/keyboard_shortcuts_window.h"
 #include "app/text_sheet_editor.h"
-#include "frame/startup.h"
 #include "widgets/locale_picker.h"
 
 #include <gtest/gtest.h>
@@ -21,13 +20,7 @@ using namespace ov::test;
 namespace
 {
 
-struct SheetKeys : DocsGui {
-    void SetUp() override
-    {
-        DocsGui::SetUp();
-        ASSERT_TRUE(ov_startup_load_icon_images()) << ov_error_get();
-    }
-};
+using SheetKeys = SheetGui;
 
 // An editor of the first report type (or the basic data) in a scrolled
 // window of its own, focused.
@@ -86,13 +79,7 @@ struct Sheet {
 
 TemplatePtr sample()
 {
-    TemplatePtr tmpl = template_of("T", "D1[d1 d2]", {{"R", "S1[B1[r1 r2] -[r3]] S2[]"}});
-    ov_text_sheet_row *r1 = tmpl->report_types.first()->segments.first()->blocks.first()->rows.first();
-    ov_text_sheet_field *box = ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_CHECKBOX);
-    box->text = header_of("Good").release();
-    ov_text_sheet_row_add_field(r1, box);
-    ov_text_sheet_row_add_field(r1, ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD));
-    return tmpl;
+    return template_of("T", "D1[d1 d2]", {{"R", "S1[B1[r1[c:Good t] r2] -[r3]] S2[]"}});
 }
 
 } // namespace
@@ -332,9 +319,7 @@ TEST_F(SheetKeys, EveryMenuEditWorksWithoutAPointer)
 
 bool text_window_shown()
 {
-    GtkWindow *top = top_window();
-    return top != nullptr &&
-           find_widget(GTK_WIDGET(top), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }) != nullptr;
+    return top_window() != nullptr && top_langstr_editor() != nullptr;
 }
 
 TEST_F(SheetKeys, EnterEditsTheFocusedHeaderLabelOrText)

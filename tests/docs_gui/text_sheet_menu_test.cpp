@@ -20,20 +20,6 @@ gboolean run_menu(ov_template *tmpl, const char *clicked)
     return ov_text_sheet_menu_run_for_template(tmpl, c.type, c.segment, c.block, c.row, nullptr);
 }
 
-// "Move row up(off)|-|...": "-" a separator, "(off)" an insensitive entry.
-std::string entries(GtkMenu *menu)
-{
-    std::string text;
-    GList *items = gtk_container_get_children(GTK_CONTAINER(menu));
-    for (GList *l = items; l != nullptr; l = l->next) {
-        const char *label = gtk_menu_item_get_label(GTK_MENU_ITEM(l->data));
-        text += (text.empty() ? "" : "|") + std::string(GTK_IS_SEPARATOR_MENU_ITEM(l->data) ? "-" : label) +
-                (gtk_widget_get_sensitive(GTK_WIDGET(l->data)) ? "" : "(off)");
-    }
-    g_list_free(items);
-    return text;
-}
-
 // The format with each %s replaced in turn.
 std::string fill(std::string format, std::initializer_list<const char *> parts)
 {
@@ -74,7 +60,7 @@ TEST_F(DocsGui, MenuEntriesFollowTheClickedLevelAndItsPlaceAmongItsSiblings)
         std::string shown;
         Script script;
         script.when_menu([&] {
-            shown = entries(open_menu());
+            shown = menu_labels(open_menu(), true);
             dismiss_menu();
         });
         EXPECT_FALSE(run_menu(tmpl.get(), clicked)) << clicked;

@@ -258,13 +258,15 @@ bool menu_shown()
     return open_menu() != nullptr;
 }
 
-std::string menu_labels(GtkMenu *menu)
+std::string menu_labels(GtkMenu *menu, bool states)
 {
     std::string labels;
     for (GtkWidget *item : menu_items(menu)) {
         labels += (labels.empty() ? "" : "|") + menu_item_label(item);
         if (GTK_IS_MENU_ITEM(item) && gtk_menu_item_get_submenu(GTK_MENU_ITEM(item)) != nullptr)
             labels += " >";
+        if (states && !GTK_IS_SEPARATOR_MENU_ITEM(item) && !gtk_widget_get_sensitive(item))
+            labels += "(off)";
     }
     return labels;
 }
