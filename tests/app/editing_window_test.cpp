@@ -136,6 +136,19 @@ void save(GtkWidget *window)
     press_key(window, GDK_KEY_s, control);
 }
 
+// Closes the window: saved first, or with its changes dropped.
+void close(GtkWidget *window, bool saving)
+{
+    if (saving)
+        save(window);
+    answered(
+        [&](Script &s) {
+            if (!saving)
+                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
+        },
+        [&] { close_window(GTK_WINDOW(window)); });
+}
+
 bool is_modified(GtkWidget *window)
 {
     return ov_component_gui_editor_window_get_file_has_been_modified(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
@@ -221,16 +234,7 @@ TEST_F(EditingWindow, MovesRowsBlocksSegmentsAndReportTypesAndSavesTheTabOrder)
             tab_menu(window, "Second", "Move left");
             EXPECT_EQ(tab_texts(window), "Basic data|Second|First");
             tab_menu(window, "Second", nullptr, {}, &moved_menu);
-            if (saving) {
-                save(window);
-                close_window(GTK_WINDOW(window));
-            } else {
-                answered(
-                    [](Script &s) {
-                        s.when_window("Save before closing?", [] { click_button("Close without saving"); });
-                    },
-                    [&] { close_window(GTK_WINDOW(window)); });
-            }
+            close(window, saving);
         });
         EXPECT_EQ(first_menu, "Rename|-|Move left(off)|Move right|Erase");
         EXPECT_EQ(second_menu, "Rename|-|Move left|Move right(off)|Erase");
@@ -249,8 +253,7 @@ TEST_F(EditingWindow, ReadsABlockAndAReportTypeFromAnotherTemplate)
                   "Read one block from a template", choose_from_source("Choose block", "BX"));
         read_loan_report_type(window);
         EXPECT_EQ(tab_texts(window), "Basic data|First|Second|Loan");
-        save(window);
-        close_window(GTK_WINDOW(window));
+        close(window, true);
     });
     expect_file("editing/small_read.template");
 }
@@ -288,11 +291,7 @@ TEST_F(EditingWindow, RefusesToSaveWithoutReportTypes)
             [&] { save(window); });
         EXPECT_TRUE(is_modified(window));
         EXPECT_TRUE(gtk_widget_get_visible(window));
-        answered(
-            [](Script &s) {
-                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
-            },
-            [&] { close_window(GTK_WINDOW(window)); });
+        close(window, false);
     });
     EXPECT_TRUE(contains(message, "The template must have at least one report type.")) << message;
     expect_file("editing/small.template");
@@ -310,8 +309,7 @@ TEST_F(EditingWindow, CodesetEntrySavesTheTrimmedNonEmptyNames)
         gtk_editable_delete_text(GTK_EDITABLE(entry), 0, -1);
         type_text(GTK_WIDGET(entry), " a.codeset , ,b.codeset,");
         EXPECT_TRUE(is_modified(window));
-        save(window);
-        close_window(GTK_WINDOW(window));
+        close(window, true);
     });
     EXPECT_EQ(shown, "x.codeset");
     expect_file("editing/small_codesets.template");
@@ -367,8 +365,7 @@ TEST_F(EditingWindow, FollowsTheActiveLanguage)
         name =
             gtk_label_get_text(GTK_LABEL(ov_langstr_entry_get_label(OV_LANGSTR_ENTRY(name_entry(window)))));
         stamp_after = s1->hit_area.layout_stamp;
-        save(window);
-        close_window(GTK_WINDOW(window));
+        close(window, true);
     });
     EXPECT_EQ(tabs, "Basic data|F\xc3\xb6rsta|Andra");
     EXPECT_EQ(name, "Liten");
@@ -484,10 +481,6 @@ TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
         }
         EXPECT_EQ(texts(), after);
         EXPECT_TRUE(is_modified(window));
-        answered(
-            [](Script &s) {
-                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
-            },
-            [&] { close_window(GTK_WINDOW(window)); });
+        close(window, false);
     });
 }
