@@ -12,6 +12,7 @@
 
 #include "docs/template.h"
 #include "docs/template_io.h"
+#include "docs_gui/text_sheet_menu.h"
 #include "frame/startup.h"
 #include "frame/workspace.h"
 
@@ -219,6 +220,36 @@ inline Click click_on(ov_template *tmpl, std::string name)
     if (name == "empty")
         found.type = tmpl->report_types.first();
     return found;
+}
+
+// The bytes the template saves to.
+inline std::string bytes(const ov_template *tmpl)
+{
+    TempDir dir;
+    const std::string path = dir.file("t.template");
+    EXPECT_TRUE(ov_template_io_write_to_file(tmpl, path.c_str())) << ov_error_get();
+    return read_file(path);
+}
+
+// Runs the menu on the click with a history and returns whether the
+// template changed; a change must be one step named after the entry that
+// undoes to the bytes before it and redoes to those after it, twice over.
+inline gboolean run_menu_undoably(ov_template *tmpl, const Click &c, const std::string &entry)
+{
+    const std::string before = bytes(tmpl);
+    const auto history = ov::ObjectRef<OvUndoHistory>::adopt(ov_undo_history_new());
+    const gboolean changed =
+        ov_text_sheet_menu_run_with_history(tmpl, c.type, c.segment, c.block, c.row, nullptr, history.get());
+    const std::string after = bytes(tmpl);
+    EXPECT_EQ(bool(changed), after != before) << entry;
+    if (changed) {
+        EXPECT_EQ(ov_undo_history_get_undo_text(history.get()), entry);
+        for (int round = 0; round < 2; ++round) {
+            EXPECT_TRUE(ov_undo_history_undo(history.get()) && bytes(tmpl) == before) << entry;
+            EXPECT_TRUE(ov_undo_history_redo(history.get()) && bytes(tmpl) == after) << entry;
+        }
+    }
+    return changed;
 }
 
 } // namespace ov::test

@@ -142,7 +142,8 @@ TEST_F(DocsGui, TemplateChooserOfAWorkspaceWithoutTemplatesIsEmptyWithOkInsensit
 }
 
 // The menu's read entries walk the chain of their mode on each sheet and
-// append the clone at the end of the target; the clone outlives the source.
+// append the clone at the end of the target, as one step undone and redone;
+// the clone outlives the source.
 TEST_F(Chooser, ReadEntriesOfTheMenuAppendTheChosenItemAtTheEndOfTheTarget)
 {
     struct Case {
@@ -182,9 +183,7 @@ TEST_F(Chooser, ReadEntriesOfTheMenuAppendTheChosenItemAtTheEndOfTheTarget)
             pick(script, g_intern_string(step.substr(0, equal).c_str()),
                  g_intern_string(step.substr(equal + 1).c_str()));
         }
-        EXPECT_TRUE(
-            ov_text_sheet_menu_run_for_template(tmpl.get(), type, segment, clicked_block, nullptr, nullptr))
-            << c.entry;
+        EXPECT_TRUE(run_menu_undoably(tmpl.get(), {type, segment, clicked_block}, c.entry));
         EXPECT_EQ(outline(tmpl.get()), c.after) << c.entry;
     }
 }
