@@ -11,6 +11,7 @@
 #include "gui/spacifying_entry.h"
 #include "widgets/active_locale_picker.h"
 #include "widgets/langstr_entry.h"
+#include "widgets/locale_picker.h"
 
 #include <gtest/gtest.h>
 
@@ -123,6 +124,10 @@ struct EditingWindow : SheetGui {
         EXPECT_TRUE(script.done());
     }
     void expect_file(const char *expected) { EXPECT_EQ(read_file(path), read_file(fixture(expected))); }
+    void write(const TemplatePtr &tmpl)
+    {
+        EXPECT_TRUE(ov_template_io_write_to_file(tmpl.get(), path.c_str()));
+    }
 };
 
 // The template name's field, a button that opens the multilingual text window.
@@ -481,6 +486,101 @@ TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
         }
         EXPECT_EQ(texts(), after);
         EXPECT_TRUE(is_modified(window));
+        close(window, false);
+    });
+}
+
+namespace
+{
+
+// Rows named "sv..." get their header in Swedish only.
+void make_swedish_rows(ov_text_sheet_segment *segment)
+{
+    for (ov_text_sheet_block *block : segment->blocks) {
+        for (ov_text_sheet_row *row : block->rows) {
+            const std::string name = name_of(row->header);
+            if (name.starts_with("sv")) {
+                ov_langstr_free(row->header);
+                row->header = langstr_of("sv=" + name).release();
+            }
+        }
+    }
+}
+
+// Presses F8 count times with the modifiers and lists where the focus went
+// as the page and the focused text: "1:sv2".
+std::string walk(GtkWidget *window, GdkModifierType modifiers, int count)
+{
+    std::string seen;
+    for (int i = 0; i < count; ++i) {
+        press_key(window, GDK_KEY_F8, modifiers);
+        TextSheetEditorFocus f{};
+        text_sheet_editor_get_focus(TEXT_SHEET_EDITOR(current_sheet(window)), &f);
+        const char *text = ov_langstr_get_text(f.text, locale("en-uk"));
+        text = text != nullptr ? text : ov_langstr_get_text(f.text, locale("sv"));
+        const int page = gtk_notebook_get_current_page(
+            GTK_NOTEBOOK(find_widget(window, [](GtkWidget *w) { return GTK_IS_NOTEBOOK(w); })));
+        seen += (seen.empty() ? "" : " ") + std::to_string(page) + ":" + (text != nullptr ? text : "-");
+    }
+    return seen;
+}
+
+const char *note(GtkWidget *window)
+{
+    return ov_component_gui_editor_window_get_note(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+}
+
+} // namespace
+
+// F8 and Shift+F8 go to the next and previous text without a translation in
+// the active language, across the pages; without any a note says so.
+TEST_F(EditingWindow, F8WalksThroughUntranslatedTextsAcrossPagesBothWays)
+{
+    TemplatePtr tmpl = template_of("T", "D1[d1 sv1]", {{"R", "S1[B1[r1 sv2]]"}, {"Q", "S2[B2[sv3 q1]]"}});
+    make_swedish_rows(tmpl->details);
+    for (ov_template_report_type *type : tmpl->report_types)
+        make_swedish_rows(type->segments.first());
+    write(tmpl);
+    set_active("sv");
+    run([](GtkWidget *window) {
+        // In Swedish: everything but sv1, sv2 and sv3 lacks a translation.
+        EXPECT_EQ(walk(window, {}, 10), "0:D1 0:d1 1:S1 1:B1 1:r1 2:S2 2:B2 2:q1 0:D1 0:d1");
+        EXPECT_EQ(walk(window, GDK_SHIFT_MASK, 3), "0:D1 2:q1 2:B2");
+        EXPECT_STREQ(note(window), "");
+        // In English only the Swedish rows lack one.
+        set_active("en-uk");
+        EXPECT_EQ(walk(window, {}, 4), "2:sv3 0:sv1 1:sv2 2:sv3");
+        EXPECT_EQ(walk(window, GDK_SHIFT_MASK, 2), "1:sv2 0:sv1");
+        close_window(GTK_WINDOW(window));
+    });
+
+    path = dir.file("english.template");
+    write(template_of("T", "D1[d1]", {{"R", "S1[B1[r1]]"}}));
+    run([](GtkWidget *window) {
+        EXPECT_EQ(walk(window, {}, 1), "0:-");
+        EXPECT_STREQ(note(window), "Every text has a translation in English (United Kingdom).");
+        EXPECT_FALSE(menu_shown());
+        EXPECT_EQ(top_window(), GTK_WINDOW(window)) << "no modal window";
+        close_window(GTK_WINDOW(window));
+    });
+}
+
+// The language picker shows each language's share of translated texts,
+// updated by every edit of a sheet.
+TEST_F(EditingWindow, PickerShowsEachLanguagesShareAfterEdits)
+{
+    write(template_of("T", "D1[d1]", {{"R", ""}}));
+    run([](GtkWidget *window) {
+        auto *picker = OV_LOCALE_PICKER(
+            ov_component_gui_editor_window_get_locale_picker(OV_COMPONENT_GUI_EDITOR_WINDOW(window)));
+        EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "English (United Kingdom) [100%]");
+        // A new row's header in Swedish only: 4 of 5 texts in English.
+        set_active("sv");
+        press_key(current_sheet(window), GDK_KEY_End);
+        answered([](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("ny")); },
+                 [&] { press_key(current_sheet(window), GDK_KEY_Insert); });
+        set_active("en-uk");
+        EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "English (United Kingdom) [80%]");
         close(window, false);
     });
 }
