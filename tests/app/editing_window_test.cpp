@@ -8,12 +8,10 @@
 #include "app/editing_window.h"
 #include "app/tab_menu_icon.h"
 #include "app/text_sheet_editor.h"
-#include "frame/startup.h"
 #include "gui/spacifying_entry.h"
 #include "widgets/active_locale_picker.h"
-#include "widgets/langstr_editor.h"
 #include "widgets/langstr_entry.h"
-#include "widgets/translation_entry.h"
+#include "widgets/locale_picker.h"
 
 #include <gtest/gtest.h>
 
@@ -31,16 +29,6 @@ constexpr const char *header_window = "Enter multilingual text";
 GtkWidget *top()
 {
     return GTK_WIDGET(top_window());
-}
-
-// Does what opens menus or modal windows while answers, a script of its
-// own, answers them.
-void answered(const std::function<void(Script &)> &answers, const std::function<void()> &action)
-{
-    Script script;
-    answers(script);
-    action();
-    finish(script);
 }
 
 // The sheet of the page shown.
@@ -88,15 +76,8 @@ void tab_menu(
     answered(
         [&](Script &s) {
             s.when_menu([entry, menu] {
-                if (menu != nullptr) {
-                    for (GtkWidget *item : find_widgets(GTK_WIDGET(open_menu()),
-                                                        [](GtkWidget *w) { return GTK_IS_MENU_ITEM(w); }))
-                        *menu += (menu->empty() ? "" : "|") +
-                                 (GTK_IS_SEPARATOR_MENU_ITEM(item)
-                                      ? std::string("-")
-                                      : std::string(gtk_menu_item_get_label(GTK_MENU_ITEM(item))) +
-                                            (gtk_widget_get_sensitive(item) ? "" : "(off)"));
-                }
+                if (menu != nullptr)
+                    *menu = menu_labels(open_menu(), true);
                 if (entry != nullptr)
                     activate_menu_item(entry);
                 else
@@ -108,39 +89,20 @@ void tab_menu(
         [&] { click(icon); });
 }
 
-OvLangstrEditor *text_window_editor()
-{
-    return OV_LANGSTR_EDITOR(find_widget(top(), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
-}
-
-GtkWidget *translation_field(int index)
-{
-    GList *entries = ov_langstr_editor_get_entries(text_window_editor());
-    GtkWidget *field =
-        ov_translation_entry_get_text_widget(OV_TRANSLATION_ENTRY(g_list_nth_data(entries, index)));
-    g_list_free(entries);
-    return field;
-}
-
 // Types the UK English text, adds a Swedish translation and presses OK.
 Script::Action enter_english_and_swedish(std::string english, std::string swedish)
 {
     return [english, swedish] {
         type_text(translation_field(0), english.c_str());
         answered([](Script &s) { s.when_menu([] { activate_menu_item("All languages/Swedish/Sweden"); }); },
-                 [] { click(ov_langstr_editor_get_add_button(text_window_editor())); });
+                 [] { click(ov_langstr_editor_get_add_button(top_langstr_editor())); });
         wait_until([] { return translation_field(1) != nullptr; });
         type_text(translation_field(1), swedish.c_str());
         click_button("OK");
     };
 }
 
-struct EditingWindow : DocsGui {
-    void SetUp() override
-    {
-        DocsGui::SetUp();
-        ASSERT_TRUE(ov_startup_load_icon_images()) << ov_error_get(); // the sheets' menu icons
-    }
+struct EditingWindow : SheetGui {
     TempWorkspace workspace;
     TempDir dir;
     std::string path = dir.file("edited.template");
@@ -162,6 +124,10 @@ struct EditingWindow : DocsGui {
         EXPECT_TRUE(script.done());
     }
     void expect_file(const char *expected) { EXPECT_EQ(read_file(path), read_file(fixture(expected))); }
+    void write(const TemplatePtr &tmpl)
+    {
+        EXPECT_TRUE(ov_template_io_write_to_file(tmpl.get(), path.c_str()));
+    }
 };
 
 // The template name's field, a button that opens the multilingual text window.
@@ -173,6 +139,19 @@ GtkWidget *name_entry(GtkWidget *window)
 void save(GtkWidget *window)
 {
     press_key(window, GDK_KEY_s, control);
+}
+
+// Closes the window: saved first, or with its changes dropped.
+void close(GtkWidget *window, bool saving)
+{
+    if (saving)
+        save(window);
+    answered(
+        [&](Script &s) {
+            if (!saving)
+                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
+        },
+        [&] { close_window(GTK_WINDOW(window)); });
 }
 
 bool is_modified(GtkWidget *window)
@@ -260,16 +239,7 @@ TEST_F(EditingWindow, MovesRowsBlocksSegmentsAndReportTypesAndSavesTheTabOrder)
             tab_menu(window, "Second", "Move left");
             EXPECT_EQ(tab_texts(window), "Basic data|Second|First");
             tab_menu(window, "Second", nullptr, {}, &moved_menu);
-            if (saving) {
-                save(window);
-                close_window(GTK_WINDOW(window));
-            } else {
-                answered(
-                    [](Script &s) {
-                        s.when_window("Save before closing?", [] { click_button("Close without saving"); });
-                    },
-                    [&] { close_window(GTK_WINDOW(window)); });
-            }
+            close(window, saving);
         });
         EXPECT_EQ(first_menu, "Rename|-|Move left(off)|Move right|Erase");
         EXPECT_EQ(second_menu, "Rename|-|Move left|Move right(off)|Erase");
@@ -288,8 +258,7 @@ TEST_F(EditingWindow, ReadsABlockAndAReportTypeFromAnotherTemplate)
                   "Read one block from a template", choose_from_source("Choose block", "BX"));
         read_loan_report_type(window);
         EXPECT_EQ(tab_texts(window), "Basic data|First|Second|Loan");
-        save(window);
-        close_window(GTK_WINDOW(window));
+        close(window, true);
     });
     expect_file("editing/small_read.template");
 }
@@ -327,11 +296,7 @@ TEST_F(EditingWindow, RefusesToSaveWithoutReportTypes)
             [&] { save(window); });
         EXPECT_TRUE(is_modified(window));
         EXPECT_TRUE(gtk_widget_get_visible(window));
-        answered(
-            [](Script &s) {
-                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
-            },
-            [&] { close_window(GTK_WINDOW(window)); });
+        close(window, false);
     });
     EXPECT_TRUE(contains(message, "The template must have at least one report type.")) << message;
     expect_file("editing/small.template");
@@ -349,8 +314,7 @@ TEST_F(EditingWindow, CodesetEntrySavesTheTrimmedNonEmptyNames)
         gtk_editable_delete_text(GTK_EDITABLE(entry), 0, -1);
         type_text(GTK_WIDGET(entry), " a.codeset , ,b.codeset,");
         EXPECT_TRUE(is_modified(window));
-        save(window);
-        close_window(GTK_WINDOW(window));
+        close(window, true);
     });
     EXPECT_EQ(shown, "x.codeset");
     expect_file("editing/small_codesets.template");
@@ -376,7 +340,7 @@ TEST_F(EditingWindow, APathThatDoesNotExistIsANewFileCreatedOnSave)
         answered([](Script &s) { s.when_window("Name the new report type", enter_text("Only")); },
                  [&] { click(find_button(window, "New")); });
         answered(
-            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Fresh")); },
+            [](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("Fresh")); },
             [&] { click(name_entry(window)); });
         save(window);
         EXPECT_FALSE(is_modified(window));
@@ -406,8 +370,7 @@ TEST_F(EditingWindow, FollowsTheActiveLanguage)
         name =
             gtk_label_get_text(GTK_LABEL(ov_langstr_entry_get_label(OV_LANGSTR_ENTRY(name_entry(window)))));
         stamp_after = s1->hit_area.layout_stamp;
-        save(window);
-        close_window(GTK_WINDOW(window));
+        close(window, true);
     });
     EXPECT_EQ(tabs, "Basic data|F\xc3\xb6rsta|Andra");
     EXPECT_EQ(name, "Liten");
@@ -506,7 +469,7 @@ TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
         type_text(version, "23");
         type_text(codesets, "a.codeset");
         answered(
-            [](Script &s) { s.when([] { return text_window_editor() != nullptr; }, enter_text("Renamed")); },
+            [](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("Renamed")); },
             [&] { click(name_entry(window)); });
         type_text(version, "4");
         const std::string after = texts();
@@ -523,10 +486,101 @@ TEST_F(EditingWindow, EntryVisitsAndNameEditsAreOneStepEach)
         }
         EXPECT_EQ(texts(), after);
         EXPECT_TRUE(is_modified(window));
-        answered(
-            [](Script &s) {
-                s.when_window("Save before closing?", [] { click_button("Close without saving"); });
-            },
-            [&] { close_window(GTK_WINDOW(window)); });
+        close(window, false);
+    });
+}
+
+namespace
+{
+
+// Rows named "sv..." get their header in Swedish only.
+void make_swedish_rows(ov_text_sheet_segment *segment)
+{
+    for (ov_text_sheet_block *block : segment->blocks) {
+        for (ov_text_sheet_row *row : block->rows) {
+            const std::string name = name_of(row->header);
+            if (name.starts_with("sv")) {
+                ov_langstr_free(row->header);
+                row->header = langstr_of("sv=" + name).release();
+            }
+        }
+    }
+}
+
+// Presses F8 count times with the modifiers and lists where the focus went
+// as the page and the focused text: "1:sv2".
+std::string walk(GtkWidget *window, GdkModifierType modifiers, int count)
+{
+    std::string seen;
+    for (int i = 0; i < count; ++i) {
+        press_key(window, GDK_KEY_F8, modifiers);
+        TextSheetEditorFocus f{};
+        text_sheet_editor_get_focus(TEXT_SHEET_EDITOR(current_sheet(window)), &f);
+        const char *text = ov_langstr_get_text(f.text, locale("en-uk"));
+        text = text != nullptr ? text : ov_langstr_get_text(f.text, locale("sv"));
+        const int page = gtk_notebook_get_current_page(
+            GTK_NOTEBOOK(find_widget(window, [](GtkWidget *w) { return GTK_IS_NOTEBOOK(w); })));
+        seen += (seen.empty() ? "" : " ") + std::to_string(page) + ":" + (text != nullptr ? text : "-");
+    }
+    return seen;
+}
+
+const char *note(GtkWidget *window)
+{
+    return ov_component_gui_editor_window_get_note(OV_COMPONENT_GUI_EDITOR_WINDOW(window));
+}
+
+} // namespace
+
+// F8 and Shift+F8 go to the next and previous text without a translation in
+// the active language, across the pages; without any a note says so.
+TEST_F(EditingWindow, F8WalksThroughUntranslatedTextsAcrossPagesBothWays)
+{
+    TemplatePtr tmpl = template_of("T", "D1[d1 sv1]", {{"R", "S1[B1[r1 sv2]]"}, {"Q", "S2[B2[sv3 q1]]"}});
+    make_swedish_rows(tmpl->details);
+    for (ov_template_report_type *type : tmpl->report_types)
+        make_swedish_rows(type->segments.first());
+    write(tmpl);
+    set_active("sv");
+    run([](GtkWidget *window) {
+        // In Swedish: everything but sv1, sv2 and sv3 lacks a translation.
+        EXPECT_EQ(walk(window, {}, 10), "0:D1 0:d1 1:S1 1:B1 1:r1 2:S2 2:B2 2:q1 0:D1 0:d1");
+        EXPECT_EQ(walk(window, GDK_SHIFT_MASK, 3), "0:D1 2:q1 2:B2");
+        EXPECT_STREQ(note(window), "");
+        // In English only the Swedish rows lack one.
+        set_active("en-uk");
+        EXPECT_EQ(walk(window, {}, 4), "2:sv3 0:sv1 1:sv2 2:sv3");
+        EXPECT_EQ(walk(window, GDK_SHIFT_MASK, 2), "1:sv2 0:sv1");
+        close_window(GTK_WINDOW(window));
+    });
+
+    path = dir.file("english.template");
+    write(template_of("T", "D1[d1]", {{"R", "S1[B1[r1]]"}}));
+    run([](GtkWidget *window) {
+        EXPECT_EQ(walk(window, {}, 1), "0:-");
+        EXPECT_STREQ(note(window), "Every text has a translation in English (United Kingdom).");
+        EXPECT_FALSE(menu_shown());
+        EXPECT_EQ(top_window(), GTK_WINDOW(window)) << "no modal window";
+        close_window(GTK_WINDOW(window));
+    });
+}
+
+// The language picker shows each language's share of translated texts,
+// updated by every edit of a sheet.
+TEST_F(EditingWindow, PickerShowsEachLanguagesShareAfterEdits)
+{
+    write(template_of("T", "D1[d1]", {{"R", ""}}));
+    run([](GtkWidget *window) {
+        auto *picker = OV_LOCALE_PICKER(
+            ov_component_gui_editor_window_get_locale_picker(OV_COMPONENT_GUI_EDITOR_WINDOW(window)));
+        EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "English (United Kingdom) [100%]");
+        // A new row's header in Swedish only: 4 of 5 texts in English.
+        set_active("sv");
+        press_key(current_sheet(window), GDK_KEY_End);
+        answered([](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("ny")); },
+                 [&] { press_key(current_sheet(window), GDK_KEY_Insert); });
+        set_active("en-uk");
+        EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "English (United Kingdom) [80%]");
+        close(window, false);
     });
 }

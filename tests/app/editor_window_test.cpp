@@ -3,14 +3,9 @@
 // closing?" answers, the title, the metadata's hand-over, and undo and redo
 // through the Edit menu and the keys.
 #include "docs_gui/docs_gui_test_util.h"
-#include "support/gui_driver.h"
-#include "support/test_support.h"
 
 #include "app/component_gui_editor_window.h"
 #include "app/component_gui_metadata_editor.h"
-#include "core/error.h"
-#include "frame/window_stack.h"
-#include "lang/locale.h"
 
 #include <gtest/gtest.h>
 
@@ -85,13 +80,28 @@ TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
     click(file);
     EXPECT_EQ(labels, "Close|Save|-|Keyboard shortcuts");
     EXPECT_EQ(saves_, 1);
-    script.when_menu([] { activate_menu_item("Keyboard shortcuts"); });
-    click(file);
-    wait_until([] {
-        GtkWindow *top = top_window();
-        return top != nullptr && GTK_IS_SHORTCUTS_WINDOW(top) && gtk_widget_get_visible(GTK_WIDGET(top));
-    });
-    EXPECT_TRUE(window_shown("Keyboard shortcuts"));
+    // The shortcuts window lists the keys in groups, from the menu or Control+?.
+    auto groups = [] {
+        std::string titles;
+        for (GtkWidget *group :
+             find_widgets(shown_toplevel([](GtkWidget *w) { return GTK_IS_SHORTCUTS_WINDOW(w); }),
+                          [](GtkWidget *w) { return GTK_IS_SHORTCUTS_GROUP(w); })) {
+            gchar *title = nullptr;
+            g_object_get(group, "title", &title, nullptr);
+            titles += std::string(titles.empty() ? "" : "|") + ov::GStr(title).get();
+        }
+        return titles;
+    };
+    for (bool by_key : {false, true}) {
+        if (by_key)
+            press_key(window_, GDK_KEY_question, GdkModifierType(GDK_CONTROL_MASK | GDK_SHIFT_MASK));
+        else
+            answered([](Script &s) { s.when_menu([] { activate_menu_item("Keyboard shortcuts"); }); },
+                     [&] { click(file); });
+        wait_until([&] { return window_shown("Keyboard shortcuts") && !groups().empty(); });
+        EXPECT_EQ(groups(), "Document|Moving in the sheet|Editing the sheet");
+        gtk_widget_destroy(GTK_WIDGET(top_window()));
+    }
     script.when_menu([] { activate_menu_item("Close"); });
     click(file);
     EXPECT_EQ(window_, nullptr);
@@ -148,25 +158,15 @@ TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindo
     }
 }
 
-langstr *english(const char *text)
-{
-    langstr *ls = nullptr;
-    ov_langstr_set_translation(&ls, ov_locale_get_uk_english(), text);
-    return ls;
-}
-
 TEST(MetadataEditorTest, HandsOverTheFieldsAndRefusesAnEmptyName)
 {
-    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    GtkWidget *box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-    gtk_container_add(GTK_CONTAINER(window), box);
-    gtk_widget_show(box);
+    TestWindow w;
     auto *editor = OV_COMPONENT_GUI_METADATA_EDITOR(
-        ov_component_gui_pack_metadata_editor(GTK_BOX(box), "Template name"));
+        ov_component_gui_pack_metadata_editor(GTK_BOX(w.box), "Template name"));
     int changes = 0;
-    g_signal_connect_swapped(editor, "changed", G_CALLBACK(+[](int *count) { ++*count; }), &changes);
-    show_and_wait(window);
-    langstr *name = english("Old name"), *author = english("Old author");
+    count_signal(editor, "changed", changes);
+    w.show();
+    langstr *name = header_of("Old_name").release(), *author = header_of("Old_author").release();
     char *version = g_strdup("1.0");
 
     ov_error_clear();
@@ -177,21 +177,19 @@ TEST(MetadataEditorTest, HandsOverTheFieldsAndRefusesAnEmptyName)
     EXPECT_STREQ(version, "1.0");
 
     // Empty author and version become none; a typed version is spacified.
-    langstr *painting = english("Painting");
-    ov_component_gui_metadata_editor_set_name(editor, painting);
+    const LangstrPtr painting = header_of("Painting");
+    ov_component_gui_metadata_editor_set_name(editor, painting.get());
     ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
-    EXPECT_TRUE(ov_langstr_is_identical(name, painting));
+    EXPECT_TRUE(ov_langstr_is_identical(name, painting.get()));
     EXPECT_EQ(author, nullptr);
     EXPECT_EQ(version, nullptr);
-    type_text(find_widget(box, [](GtkWidget *w) { return GTK_IS_ENTRY(w); }), " 3.1  beta ");
+    type_text(find_widget(w.box, [](GtkWidget *e) { return GTK_IS_ENTRY(e); }), " 3.1  beta ");
     EXPECT_GT(changes, 0);
     ASSERT_TRUE(ov_component_gui_metadata_editor_replace_metadata(editor, &name, &author, &version));
     EXPECT_STREQ(version, "3.1 beta");
 
-    ov_langstr_free(painting);
     ov_langstr_free(name);
     g_free(version);
-    gtk_widget_destroy(window);
 }
 
 } // namespace

@@ -1,12 +1,10 @@
 // The text sheet editor: the kept layout draws exactly what the plain
 // drawing routines draw, whole or scrolled piece by piece; hit rectangles
 // follow the layout rules; clicks, scrolling, languages and destruction.
-#include "widgets/widget_test_util.h"
+#include "docs_gui/docs_gui_test_util.h"
 
 #include "app/text_sheet_editor.h"
 #include "docs_gui/undo_history.h"
-#include "frame/startup.h"
-#include "frame/window_stack.h"
 #include "lang/event_bus.h"
 #include "widgets/dropdown_panel.h"
 #include "widgets/gfx_text.h"
@@ -25,8 +23,6 @@ using namespace ov::test;
 namespace
 {
 
-using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
-
 // Every text in UK English and, longer, in Swedish.
 langstr *text_of(const std::string &english)
 {
@@ -36,69 +32,51 @@ langstr *text_of(const std::string &english)
     return ls;
 }
 
-// Appends a sheet written as "S=Support|B=Canvas|R=Tension|c=Good|C=Ticked|t|t=Text":
-// segments (S), blocks (B) and rows (R) with or without a title, checkboxes
-// (c, C ticked) and text fields (t) with or without a text.
-void add_sheet(ov_text_sheet_segment_list *segments, ov_text_sheet_segment *details, const std::string &sheet)
-{
-    ov_text_sheet_segment *segment = details;
-    ov_text_sheet_block *block = nullptr;
-    ov_text_sheet_row *row = nullptr;
-    std::istringstream items(sheet);
-    for (std::string item; std::getline(items, item, '|');) {
-        const std::size_t equal = item.find('=');
-        langstr *text = equal != std::string::npos ? text_of(item.substr(equal + 1)) : nullptr;
-        switch (item[0]) {
-        case 'S':
-            segment = ov_text_sheet_segment_new(nullptr);
-            segment->header = text;
-            ov_text_sheet_add_segment(segments, segment);
-            break;
-        case 'B':
-            block = ov_text_sheet_block_new(nullptr);
-            block->header = text;
-            ov_text_sheet_segment_add_block(segment, block);
-            break;
-        case 'R':
-            row = ov_text_sheet_row_new(nullptr);
-            row->header = text;
-            ov_text_sheet_block_add_row(block, row);
-            break;
-        default: {
-            auto *field = ov_text_sheet_field_new(item[0] == 't' ? OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD
-                                                                 : OV_TEXT_SHEET_FIELD_KIND_CHECKBOX);
-            field->text = text;
-            field->selected = item[0] == 'C';
-            ov_text_sheet_row_add_field(row, field);
-        }
-        }
-    }
-}
-
-// A template with one report type holding report_sheet and basic data.
-TemplatePtr make_template(const std::string &report_sheet, const std::string &basic_sheet = "")
-{
-    TemplatePtr tmpl(ov_template_new());
-    ov_template_report_type *report_type = ov_template_report_type_new(nullptr);
-    ov_template_add_report_type(tmpl.get(), report_type);
-    add_sheet(&report_type->segments, nullptr, report_sheet);
-    add_sheet(nullptr, tmpl->details, basic_sheet);
-    return tmpl;
-}
-
-constexpr const char *rich_sheet =
-    "S=Support|B=Canvas with a title long enough to wrap in a narrow "
-    "sheet|R=Tension|c=Good|c=Slack|C=Bulging "
-    "badly|t|R=Tears and holes, all over the lower left corner|t|c=Checked after the text field|"
-    "B|R=Untitled block's row|c=One|c=Two|c=Three|c=Four|c=Five|c=Six|"
-    "S|S=Empty segment|S=Paint layer|B=Surface|R=Cracks|C=None|c=Age cracks|c=Drying cracks|t|R=Flaking";
-constexpr const char *rich_basic_sheet = "B=Identification|R=Artist|t=Unknown painter of the north|R=Date|t|"
-                                         "B|R=Support|C=Canvas|c=Panel|c=Copper plate with a long label";
-
 ov_template_report_type *report_type_of(ov_template *tmpl)
 {
     return tmpl->report_types.first();
 }
+
+void translate(langstr *&ls)
+{
+    if (ls != nullptr)
+        ov_langstr_set_translation(
+            &ls, ov_locale_get_swedish_swedish(),
+            (std::string(ov_langstr_get_text(ls, nullptr)) + " p\xe5 svenska").c_str());
+}
+
+void translate(ov_text_sheet_segment *segment)
+{
+    translate(segment->header);
+    for (ov_text_sheet_block *block : segment->blocks) {
+        translate(block->header);
+        for (ov_text_sheet_row *row : block->rows) {
+            translate(row->header);
+            for (ov_text_sheet_field *field : row->fields)
+                translate(field->text);
+        }
+    }
+}
+
+// A template of the outlines (report type R and basic data), every text in
+// UK English and, longer, in Swedish.
+TemplatePtr make_template(const std::string &report_sheet, const char *basic_sheet = "")
+{
+    TemplatePtr tmpl = template_of("T", basic_sheet, {{"R", report_sheet.c_str()}});
+    translate(tmpl->details);
+    for (ov_text_sheet_segment *segment : report_type_of(tmpl.get())->segments)
+        translate(segment);
+    return tmpl;
+}
+
+constexpr const char *rich_sheet =
+    "Support[Canvas_with_a_title_long_enough_to_wrap_in_a_narrow_sheet[Tension[c:Good c:Slack "
+    "C:Bulging_badly "
+    "t] Tears_and_holes,_all_over_the_lower_left_corner[t c:Checked_after_the_text_field]] "
+    "-[Untitled_block's_row[c:One c:Two c:Three c:Four c:Five c:Six]]] -[] Empty_segment[] "
+    "Paint_layer[Surface[Cracks[C:None c:Age_cracks c:Drying_cracks t] Flaking]]";
+constexpr const char *rich_basic_sheet = "Identification[Artist[t:Unknown_painter_of_the_north] Date[t]] "
+                                         "-[Support[C:Canvas c:Panel c:Copper_plate_with_a_long_label]]";
 
 struct Surface {
     ov::CairoSurfacePtr surface;
@@ -231,23 +209,7 @@ std::string rectangles_of(const Page &page)
     return s;
 }
 
-// UK English active, the icons loaded, the window stack ready.
-struct TextSheetEditorTest : ErrorCleared {
-    LocaleState keep_;
-    void SetUp() override
-    {
-        ErrorCleared::SetUp();
-        set_active("en-uk");
-        ASSERT_TRUE(ov_startup_load_icon_images()) << ov_error_get();
-        ov_window_stack_init();
-    }
-    void TearDown() override
-    {
-        ov_window_stack_clean_up();
-        flush_events();
-        ErrorCleared::TearDown();
-    }
-};
+using TextSheetEditorTest = SheetGui;
 
 TEST_F(TextSheetEditorTest, PiecesDrawnWhileScrollingMatchTheSheetDrawnWhole)
 {
@@ -313,7 +275,7 @@ TEST_F(TextSheetEditorTest, RectanglesFollowTheLayoutRules)
 
     // One row with an empty text field, under a titled segment and block.
     {
-        TemplatePtr tmpl = make_template("S=Support|B=Canvas|R=Tension|t");
+        TemplatePtr tmpl = make_template("Support[Canvas[Tension[t]]]");
         Page page(tmpl.get(), false, 600, 100);
         const int content_height = page.content_height();
         page.resize(600, 1000);
@@ -342,7 +304,7 @@ TEST_F(TextSheetEditorTest, RectanglesFollowTheLayoutRules)
     for (int width : {400, 200}) {
         SCOPED_TRACE(width);
         TemplatePtr tmpl = make_template(
-            "S|B|R=R|c=First checkbox label|C=Second checkbox label|c=Third checkbox label|t=Text");
+            "-[-[R[c:First_checkbox_label C:Second_checkbox_label c:Third_checkbox_label t:Text]]]");
         Page page(tmpl.get(), false, width, 1000);
         Sizes sizes{{page.editor, nullptr, width, nullptr, FALSE, TRUE, nullptr}};
         ov_text_sheet_segment *segment = report_type_of(tmpl.get())->segments.first();
@@ -376,7 +338,7 @@ TEST_F(TextSheetEditorTest, RectanglesFollowTheLayoutRules)
     // A report type without segments is "Add segments" alone; a segment
     // without blocks ends 25 pixels below its title, then a separator.
     {
-        TemplatePtr tmpl = make_template("", "B|R=Row|t");
+        TemplatePtr tmpl = make_template("", "-[Row[t]]");
         Page page(tmpl.get(), false, 500, 100);
         Sizes sizes{{page.editor, nullptr, 500, nullptr, FALSE, TRUE, nullptr}};
         const auto [add_width, add_height] = sizes.of(plain, "Add segments", false, true, 450);
@@ -389,7 +351,7 @@ TEST_F(TextSheetEditorTest, RectanglesFollowTheLayoutRules)
         EXPECT_EQ(describe(add_segments),
                   describe({500 - add_width - 25 + add_width - 11, 22 + (add_height - 9 + 1) / 2, 11, 9}));
 
-        TemplatePtr two = make_template("S=First|S=Second");
+        TemplatePtr two = make_template("First[] Second[]");
         Page second(two.get(), false, 500, 1000);
         ov_text_sheet_segment *last = report_type_of(two.get())->segments.last();
         EXPECT_EQ(last->hit_area.top, header + sizes.of(large, "First").second + 17 + 25 + 1);
@@ -416,21 +378,16 @@ TEST_F(TextSheetEditorTest, ShrinkingContentClampsTheScrollValue)
     EXPECT_EQ(gtk_adjustment_get_page_size(page.vadjustment()), 200);
 }
 
-bool dropdown_open()
+GtkWidget *shown_dropdown()
 {
-    GList *all = gtk_window_list_toplevels();
-    bool open = false;
-    for (GList *l = all; l != nullptr; l = l->next)
-        open = open || (OV_IS_DROPDOWN_PANEL(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)));
-    g_list_free(all);
-    return open;
+    return shown_toplevel([](GtkWidget *w) { return OV_IS_DROPDOWN_PANEL(w); });
 }
 
 // A click in the middle of r that opens nothing.
 bool click_opens_nothing(GtkWidget *editor, const ov_text_sheet_rect &r)
 {
     click_at(editor, r.x + r.width / 2, r.y + r.height / 2);
-    return !dropdown_open();
+    return shown_dropdown() == nullptr;
 }
 
 // The text of the dropdown that a click in the middle of r opened; the
@@ -439,22 +396,17 @@ std::string click_and_read_dropdown(GtkWidget *editor, const ov_text_sheet_rect 
 {
     std::string shown;
     Script script;
-    script.when(dropdown_open, [&] {
-        GList *all = gtk_window_list_toplevels();
-        for (GList *l = all; l != nullptr; l = l->next) {
-            if (!OV_IS_DROPDOWN_PANEL(l->data) || !gtk_widget_get_visible(GTK_WIDGET(l->data)))
-                continue;
-            GtkWidget *display =
-                find_widget(GTK_WIDGET(l->data), [](GtkWidget *d) { return OV_IS_LANGSTR_DISPLAY(d); });
-            GtkTextBuffer *buffer =
-                gtk_text_view_get_buffer(ov_langstr_display_get_text_view(OV_LANGSTR_DISPLAY(display)));
-            GtkTextIter start, end;
-            gtk_text_buffer_get_bounds(buffer, &start, &end);
-            shown = ov::GStr(gtk_text_buffer_get_text(buffer, &start, &end, FALSE)).get();
-            gtk_widget_destroy(GTK_WIDGET(l->data));
-        }
-        g_list_free(all);
-    });
+    script.when([] { return shown_dropdown() != nullptr; },
+                [&] {
+                    auto *display = OV_LANGSTR_DISPLAY(
+                        find_widget(shown_dropdown(), [](GtkWidget *d) { return OV_IS_LANGSTR_DISPLAY(d); }));
+                    GtkTextBuffer *buffer =
+                        gtk_text_view_get_buffer(ov_langstr_display_get_text_view(display));
+                    GtkTextIter start, end;
+                    gtk_text_buffer_get_bounds(buffer, &start, &end);
+                    shown = ov::GStr(gtk_text_buffer_get_text(buffer, &start, &end, FALSE)).get();
+                    gtk_widget_destroy(shown_dropdown());
+                });
     click_at(editor, r.x + r.width / 2, r.y + r.height / 2);
     finish(script);
     return shown;
@@ -497,67 +449,47 @@ TEST_F(TextSheetEditorTest, ClicksOnStatusSymbolsShowTheTextInEveryLanguage)
     EXPECT_EQ(changes, 0);
 }
 
-// The row's grey background while its menu is open, drawn by the routines
-// and seen in the widget; the menu icons open the menu.
-TEST_F(TextSheetEditorTest, HighlightedRowHasAGreyBackground)
-{
-    TemplatePtr tmpl = make_template("S=Support|B=Canvas|R=Tension|c=Good|R=Other|t");
-    Page page(tmpl.get(), false, 400, 300);
-    ov_text_sheet_block *block = report_type_of(tmpl.get())->segments.first()->blocks.first();
-    Surface surface = new_surface(400, 200);
-    ov::CairoPtr cr(cairo_create(surface.surface.get()));
-    cairo_set_source_rgb(cr.get(), 1, 1, 1);
-    cairo_paint(cr.get());
-    cairo_set_source_rgb(cr.get(), 0, 0, 0);
-    cairo_set_line_width(cr.get(), 1);
-    OvGfxTextSheetContext context{page.editor, cr.get(), 400, block->rows.first(), TRUE, TRUE, nullptr};
-    int y = 0;
-    for (ov_text_sheet_row *row : block->rows)
-        y = ov_gfx_text_sheet_draw_framed_row(&context, y, row, 100, 200, FALSE);
-    // Inside the first row's frame and beside its column line; the second row stays white.
-    EXPECT_EQ(surface.pixel(27, 3), 0xe0e0e0u);
-    EXPECT_EQ(surface.pixel(128, 3), 0xe0e0e0u);
-    EXPECT_EQ(surface.pixel(27, y - 3), 0xffffffu) << y;
-}
-
-// The row's menu icon opens it with the row shown
-// highlighted until the menu closes; "Add segments" opens it too.
+// The row's menu icon opens the menu with the row drawn on grey, beside its
+// column line too, until the menu closes; "Add segments" opens it too.
 TEST_F(TextSheetEditorTest, MenuIconsOpenTheMenuWithTheRowHighlighted)
 {
-    TemplatePtr tmpl = make_template("S=Support|B=Canvas|R=Tension|c=Good");
+    TemplatePtr tmpl = make_template("Support[Canvas[Tension[c:Good] Other[t]]]");
     TestWindow w;
     gtk_window_set_default_size(GTK_WINDOW(w.window), 500, 300);
     GtkWidget *editor =
         w.pack(text_sheet_editor_new_for_report_type(tmpl.get(), report_type_of(tmpl.get())), TRUE);
     w.show();
     ov_text_sheet_row *row = report_type_of(tmpl.get())->segments.first()->blocks.first()->rows.first();
-    wait_until([&] { return row->hit_area.menu.width > 0; });
+    wait_until([&] { return row->next->hit_area.menu.width > 0; });
     const ov_text_sheet_rect menu = row->hit_area.menu;
-    auto grey_inside_row = [&] {
+    // The row's background left of the title and of the checkbox; the next row's.
+    auto backgrounds = [&] {
         Surface s =
             new_surface(gtk_widget_get_allocated_width(editor), gtk_widget_get_allocated_height(editor));
         gtk_widget_draw(editor, ov::CairoPtr(cairo_create(s.surface.get())).get());
-        return s.pixel(30, menu.y) == 0xe0e0e0u;
+        return std::to_string(s.pixel(30, menu.y)) + " " +
+               std::to_string(s.pixel(row->fields.first()->hit_area.field.x - 4, menu.y)) + " " +
+               std::to_string(s.pixel(30, row->next->hit_area.menu.y));
     };
-    bool grey_while_open = false;
-    Script script;
-    script.when_menu([&] {
-        grey_while_open = grey_inside_row();
-        dismiss_menu();
-    });
-    click_at(editor, menu.x + 5, menu.y + 4);
-    finish(script);
-    EXPECT_TRUE(grey_while_open);
-    EXPECT_FALSE(grey_inside_row());
+    const std::string grey = std::to_string(0xe0e0e0) + " ", white = std::to_string(0xffffff);
+    std::string while_open;
+    answered(
+        [&](Script &s) {
+            s.when_menu([&] {
+                while_open = backgrounds();
+                dismiss_menu();
+            });
+        },
+        [&] { click_at(editor, menu.x + 5, menu.y + 4); });
+    EXPECT_EQ(while_open, grey + grey + white);
+    EXPECT_EQ(backgrounds(), white + " " + white + " " + white);
 
     ov_text_sheet_rect add_segments = {};
     OvGfxTextSheetContext recording{editor, nullptr, gtk_widget_get_allocated_width(editor), nullptr, TRUE,
                                     TRUE,   nullptr};
     ov_gfx_text_sheet_draw_add_segments(&recording, 0, &add_segments);
-    Script add;
-    add.when_menu([] { dismiss_menu(); });
-    click_at(editor, add_segments.x + 5, add_segments.y + 4);
-    finish(add);
+    answered([](Script &s) { s.when_menu([] { dismiss_menu(); }); },
+             [&] { click_at(editor, add_segments.x + 5, add_segments.y + 4); });
 }
 
 TEST_F(TextSheetEditorTest, FollowsTheActiveLocale)
@@ -587,7 +519,7 @@ TEST_F(TextSheetEditorTest, FollowsTheActiveLocale)
 
 TEST_F(TextSheetEditorTest, DestroyingLetsGoOfAdjustmentsAndTheEventBus)
 {
-    TemplatePtr tmpl = make_template("S=Support");
+    TemplatePtr tmpl = make_template("Support[]");
     const guint handlers = ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED);
     GtkAdjustment *adjustments[2];
     GtkWidget *editor = nullptr;
@@ -619,9 +551,10 @@ TEST_F(TextSheetEditorTest, DestroyingLetsGoOfAdjustmentsAndTheEventBus)
 
 TEST_F(TextSheetEditorTest, UndoAndRedoListTheSheetAnewAndScrollToWhereTheEditWas)
 {
-    std::string sheet = "S=Support|B=Canvas";
+    std::string sheet = "Support[Canvas[";
     for (int i = 0; i < 40; ++i)
-        sheet += "|R=Row " + std::to_string(i) + "|t";
+        sheet += " Row_" + std::to_string(i) + "[t]";
+    sheet += "]]";
     TemplatePtr tmpl = make_template(sheet);
     Page page(tmpl.get(), false, 300, 200);
     const int full_height = page.content_height();

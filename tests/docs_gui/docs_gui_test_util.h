@@ -7,16 +7,16 @@
 // "r[t t:text c:label]" (text fields, checkboxes).
 #pragma once
 
-#include "frame/frame_test_support.h"
+#include "frame/home_folder.h"
 #include "widgets/widget_test_util.h"
 
 #include "docs/template.h"
 #include "docs/template_io.h"
-#include "frame/window_stack.h"
+#include "docs_gui/text_sheet_menu.h"
+#include "frame/startup.h"
 #include "frame/workspace.h"
-#include "widgets/langstr_editor.h"
-#include "widgets/translation_entry.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,9 +26,15 @@ namespace ov::test
 
 using TemplatePtr = ov::Owned<ov_template, ov_template_destroy>;
 
-inline LangstrPtr header_of(const std::string &name)
+// A UK English text; "_" stands for a space, "-" for no text.
+inline LangstrPtr header_of(std::string name)
 {
-    return name == "-" ? LangstrPtr() : langstr_of("en-uk=" + name);
+    if (name == "-")
+        return LangstrPtr();
+    std::replace(name.begin(), name.end(), '_', ' ');
+    langstr *ls = nullptr;
+    ov_langstr_set_translation(&ls, locale("en-uk"), name.c_str());
+    return LangstrPtr(ls);
 }
 
 inline std::string name_of(const langstr *header)
@@ -54,12 +60,21 @@ template <class Add> void parse_outline(const std::string &outline, Add add)
     }
 }
 
-// Segments, blocks and rows into a report type; without one, blocks and
-// rows into the segment.
+// Segments, blocks, rows and fields into a report type; without one,
+// blocks, rows and fields into the segment. A field is "t" or "c" with an
+// optional ":text", "C" a ticked checkbox.
 inline void fill(ov_template_report_type *type, ov_text_sheet_segment *segment, const std::string &outline)
 {
     const int shift = type != nullptr ? 0 : 1;
     parse_outline(outline, [&](int depth, const std::string &name) {
+        if (depth + shift == 3) {
+            ov_text_sheet_field *field = ov_text_sheet_field_new(
+                name[0] == 't' ? OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD : OV_TEXT_SHEET_FIELD_KIND_CHECKBOX);
+            field->selected = name[0] == 'C';
+            field->text = name.size() > 2 ? header_of(name.substr(2)).release() : nullptr;
+            ov_text_sheet_row_add_field(segment->blocks.last()->rows.last(), field);
+            return;
+        }
         LangstrPtr header = header_of(name);
         if (depth + shift == 0)
             ov_template_report_type_add_segment(type, segment = ov_text_sheet_segment_new(header.get()));
@@ -123,53 +138,39 @@ inline std::string outline(const ov_template *tmpl)
 inline Script::Action enter_text(std::string text)
 {
     return [text] {
-        auto *editor = OV_LANGSTR_EDITOR(
-            find_widget(GTK_WIDGET(top_window()), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
-        GList *entries = ov_langstr_editor_get_entries(editor);
-        GtkWidget *field = ov_translation_entry_get_text_widget(OV_TRANSLATION_ENTRY(entries->data));
-        g_list_free(entries);
+        GtkWidget *field = translation_field(0);
         gtk_editable_delete_text(GTK_EDITABLE(field), 0, -1);
         paste_text(field, text.c_str());
         click_button("OK");
     };
 }
 
-// UK English active, the window stack ready, the error buffer empty.
-struct DocsGui : ErrorCleared {
-    LocaleState keep_;
+using DocsGui = GuiTest;
+
+// With the icons the sheets draw.
+struct SheetGui : GuiTest {
     void SetUp() override
     {
-        ErrorCleared::SetUp();
-        set_active("en-uk");
-        ov_window_stack_init();
-    }
-    void TearDown() override
-    {
-        ov_window_stack_clean_up();
-        flush_events();
-        ErrorCleared::TearDown();
+        GuiTest::SetUp();
+        ASSERT_TRUE(ov_startup_load_icon_images()) << ov_error_get();
     }
 };
 
-// An open workspace in a temporary home folder, closed with the scope; the
-// user folders GLib reports are restored afterwards.
+// An open workspace in a temporary home folder, closed with the scope.
 class TempWorkspace
 {
   public:
     TempWorkspace()
     {
-        make_folder(dir_.file("home/Orvane Workspace"));
-        make_folder(dir_.file("install"));
-        g_set_user_dirs("HOME", dir_.file("home").c_str(), "XDG_CONFIG_HOME", dir_.file("config").c_str(),
-                        nullptr);
-        ov_workspace_set_install_folder_path(dir_.file("install").c_str());
+        make_folder(home_.home() + "/Orvane Workspace");
+        make_folder(home_.file("install"));
+        ov_workspace_set_install_folder_path(home_.file("install").c_str());
         EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
     }
     ~TempWorkspace()
     {
         ov_workspace_close();
         ov_workspace_set_install_folder_path(nullptr);
-        g_set_user_dirs("HOME", home_.c_str(), "XDG_CONFIG_HOME", config_.c_str(), nullptr);
     }
     std::string path_of(const char *file_name) const
     {
@@ -181,8 +182,7 @@ class TempWorkspace
     }
 
   private:
-    std::string home_ = g_get_home_dir(), config_ = g_get_user_config_dir();
-    TempDir dir_;
+    HomeFolder home_;
 };
 
 // What a click on a node gives, as the sheet passes it to the menu.
@@ -220,6 +220,36 @@ inline Click click_on(ov_template *tmpl, std::string name)
     if (name == "empty")
         found.type = tmpl->report_types.first();
     return found;
+}
+
+// The bytes the template saves to.
+inline std::string bytes(const ov_template *tmpl)
+{
+    TempDir dir;
+    const std::string path = dir.file("t.template");
+    EXPECT_TRUE(ov_template_io_write_to_file(tmpl, path.c_str())) << ov_error_get();
+    return read_file(path);
+}
+
+// Runs the menu on the click with a history and returns whether the
+// template changed; a change must be one step named after the entry that
+// undoes to the bytes before it and redoes to those after it, twice over.
+inline gboolean run_menu_undoably(ov_template *tmpl, const Click &c, const std::string &entry)
+{
+    const std::string before = bytes(tmpl);
+    const auto history = ov::ObjectRef<OvUndoHistory>::adopt(ov_undo_history_new());
+    const gboolean changed =
+        ov_text_sheet_menu_run_with_history(tmpl, c.type, c.segment, c.block, c.row, nullptr, history.get());
+    const std::string after = bytes(tmpl);
+    EXPECT_EQ(bool(changed), after != before) << entry;
+    if (changed) {
+        EXPECT_EQ(ov_undo_history_get_undo_text(history.get()), entry);
+        for (int round = 0; round < 2; ++round) {
+            EXPECT_TRUE(ov_undo_history_undo(history.get()) && bytes(tmpl) == before) << entry;
+            EXPECT_TRUE(ov_undo_history_redo(history.get()) && bytes(tmpl) == after) << entry;
+        }
+    }
+    return changed;
 }
 
 } // namespace ov::test

@@ -142,47 +142,27 @@ TEST_F(DocsGui, TemplateChooserOfAWorkspaceWithoutTemplatesIsEmptyWithOkInsensit
 }
 
 // The menu's read entries walk the chain of their mode on each sheet and
-// append the clone at the end of the target; the clone outlives the source.
+// append the clone at the end of the target, as one step undone and redone;
+// the clone outlives the source.
 TEST_F(Chooser, ReadEntriesOfTheMenuAppendTheChosenItemAtTheEndOfTheTarget)
 {
     struct Case {
         const char *entry;
-        char clicked; // 'b' the basic data sheet, 'e' empty space of R, 'X' its segment, 'Y' its block
-        std::vector<std::pair<const char *, const char *>> picks;
+        char clicked;      // 'b' the basic data sheet, 'e' empty space of R, 'X' its segment, 'Y' its block
+        const char *picks; // the template, then "chooser=item" for each chooser that shows
         const char *after;
     };
     const Case cases[] = {
-        {"Read all basic data blocks from a template",
-         'b',
-         {{templates, "Many"}},
-         "D0[x] D1[d1 d2] D2[d3] | R: X[Y[y]]"},
-        {"Read one block from a template",
-         'b',
-         {{templates, "Many"}, {"Choose block", "D1"}},
-         "D0[x] D1[d1 d2] | R: X[Y[y]]"},
-        {"Read one row from a template",
-         'D',
-         {{templates, "Many"}, {"Choose block", "D1"}, {"Choose row", "d2"}},
-         "D0[x d2] | R: X[Y[y]]"},
-        {"Read all segments of one report type from a template",
-         'e',
-         {{templates, "Many"}, {"Choose report type", "RA"}},
+        {"Read all basic data blocks from a template", 'b', "Many", "D0[x] D1[d1 d2] D2[d3] | R: X[Y[y]]"},
+        {"Read one block from a template", 'b', "Many|Choose block=D1", "D0[x] D1[d1 d2] | R: X[Y[y]]"},
+        {"Read one row from a template", 'D', "Many|Choose block=D1|Choose row=d2", "D0[x d2] | R: X[Y[y]]"},
+        {"Read all segments of one report type from a template", 'e', "Many|Choose report type=RA",
          "D0[x] | R: X[Y[y]] SA[BA[ra]] -[-[rb]]"},
-        {"Read one segment from a template",
-         'e',
-         {{templates, "One"}, {"Choose segment", "S1"}},
+        {"Read one segment from a template", 'e', "One|Choose segment=S1",
          "D0[x] | R: X[Y[y]] S1[B1[r1 r2]]"},
-        {"Read one block from a template",
-         'X',
-         {{templates, "Many"},
-          {"Choose report type", "RA"},
-          {"Choose segment", "SA"},
-          {"Choose block", "BA"}},
-         "D0[x] | R: X[Y[y] BA[ra]]"},
-        {"Read one row from a template",
-         'Y',
-         {{templates, "One"}, {"Choose row", "r1"}},
-         "D0[x] | R: X[Y[y r1]]"},
+        {"Read one block from a template", 'X',
+         "Many|Choose report type=RA|Choose segment=SA|Choose block=BA", "D0[x] | R: X[Y[y] BA[ra]]"},
+        {"Read one row from a template", 'Y', "One|Choose row=r1", "D0[x] | R: X[Y[y r1]]"},
     };
     for (const Case &c : cases) {
         TemplatePtr tmpl = template_of("T", "D0[x]", {{"R", "X[Y[y]]"}});
@@ -195,11 +175,15 @@ TEST_F(Chooser, ReadEntriesOfTheMenuAppendTheChosenItemAtTheEndOfTheTarget)
             c.clicked == 'D' || c.clicked == 'Y' ? segment->blocks.first() : nullptr;
         Script script;
         script.when_menu([&] { activate_menu_item(c.entry); });
-        for (const auto &[title, entry] : c.picks)
-            pick(script, title, entry);
-        EXPECT_TRUE(
-            ov_text_sheet_menu_run_for_template(tmpl.get(), type, segment, clicked_block, nullptr, nullptr))
-            << c.entry;
+        ov::GStrv picks(g_strsplit(c.picks, "|", -1));
+        pick(script, templates, picks.get()[0]);
+        for (char **p = picks.get() + 1; *p != nullptr; ++p) {
+            const std::string step = *p;
+            const std::size_t equal = step.find('=');
+            pick(script, g_intern_string(step.substr(0, equal).c_str()),
+                 g_intern_string(step.substr(equal + 1).c_str()));
+        }
+        EXPECT_TRUE(run_menu_undoably(tmpl.get(), {type, segment, clicked_block}, c.entry));
         EXPECT_EQ(outline(tmpl.get()), c.after) << c.entry;
     }
 }

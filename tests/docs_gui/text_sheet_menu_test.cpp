@@ -1,5 +1,6 @@
-// The text sheet menu: its entries per clicked level and what each entry
-// does to the template.
+// The text sheet menu: its entries per clicked level, what each entry does
+// to the template, and the step it records: undone, the template saves to
+// the bytes it had before; redone, to those it had after.
 #include "docs_gui/docs_gui_test_util.h"
 
 #include "docs_gui/text_sheet_menu.h"
@@ -18,20 +19,6 @@ gboolean run_menu(ov_template *tmpl, const char *clicked)
 {
     Click c = click_on(tmpl, clicked);
     return ov_text_sheet_menu_run_for_template(tmpl, c.type, c.segment, c.block, c.row, nullptr);
-}
-
-// "Move row up(off)|-|...": "-" a separator, "(off)" an insensitive entry.
-std::string entries(GtkMenu *menu)
-{
-    std::string text;
-    GList *items = gtk_container_get_children(GTK_CONTAINER(menu));
-    for (GList *l = items; l != nullptr; l = l->next) {
-        const char *label = gtk_menu_item_get_label(GTK_MENU_ITEM(l->data));
-        text += (text.empty() ? "" : "|") + std::string(GTK_IS_SEPARATOR_MENU_ITEM(l->data) ? "-" : label) +
-                (gtk_widget_get_sensitive(GTK_WIDGET(l->data)) ? "" : "(off)");
-    }
-    g_list_free(items);
-    return text;
 }
 
 // The format with each %s replaced in turn.
@@ -74,7 +61,7 @@ TEST_F(DocsGui, MenuEntriesFollowTheClickedLevelAndItsPlaceAmongItsSiblings)
         std::string shown;
         Script script;
         script.when_menu([&] {
-            shown = entries(open_menu());
+            shown = menu_labels(open_menu(), true);
             dismiss_menu();
         });
         EXPECT_FALSE(run_menu(tmpl.get(), clicked)) << clicked;
@@ -107,6 +94,12 @@ Answer enter(const char *text)
 
 const Answer cancel = press(text_window, "Cancel"), yes = press("Question", "_Yes"),
              no = press("Question", "_No"), nothing = [](Script &, std::string &) {};
+const Answer add_text_field = [](Script &s, std::string &) {
+    s.when_window("Set up fields", [] {
+        click_button("Add text field");
+        click_button("OK");
+    });
+};
 
 } // namespace
 
@@ -151,6 +144,15 @@ TEST_F(DocsGui, MenuEntriesChangeTheSheetAsAskedAndReportIt)
         {"empty", "Add segment", cancel, "", sheet},
         {"r1", "Set up fields", press("Set up fields", "Cancel"), "Fields in this row", sheet},
         {"basic", "Add block", enter("N"), "", sheet}, // the basic data gets the block
+        // The ends of each level.
+        {"r1", "Add row above", enter("n"), "", "S1[B1[n[t] r1 r2] B2[]] S2[]"},
+        {"r2", "Delete row", yes, "", "S1[B1[r1] B2[]] S2[]"},
+        {"B2", "Add block below", enter("N"), "", "S1[B1[r1 r2] B2[] N[]] S2[]"},
+        {"B2", "Delete block", yes, "", "S1[B1[r1 r2]] S2[]"},
+        {"S1", "Add segment above", enter("N"), "", "N[] S1[B1[r1 r2] B2[]] S2[]"},
+        {"S2", "Add segment below", enter("N"), "", "S1[B1[r1 r2] B2[]] S2[] N[]"},
+        {"S2", "Delete segment", yes, "", "S1[B1[r1 r2] B2[]]"},
+        {"r1", "Set up fields", add_text_field, "", "S1[B1[r1[t] r2] B2[]] S2[]"},
     };
     for (const Case &c : cases) {
         TemplatePtr tmpl = template_of("T", "D1[]", {{"R", sheet}});
@@ -158,9 +160,8 @@ TEST_F(DocsGui, MenuEntriesChangeTheSheetAsAskedAndReportIt)
         Script script;
         script.when_menu([entry = c.entry] { activate_menu_item(entry); });
         c.answer(script, seen);
-        const gboolean changed = run_menu(tmpl.get(), c.clicked);
+        run_menu_undoably(tmpl.get(), click_on(tmpl.get(), c.clicked), c.entry);
         const std::string where = std::string(c.clicked) + " " + c.entry, after = outline(tmpl.get());
-        EXPECT_EQ(changed, after != std::string("D1[] | R: ") + sheet) << where;
         EXPECT_EQ(after, std::string(*c.clicked == 'b' ? "D1[] N[]" : "D1[]") + " | R: " + c.after) << where;
         EXPECT_TRUE(contains(seen, c.seen)) << where << ": " << seen;
     }

@@ -131,12 +131,6 @@ void send_events(GdkWindow *window, std::initializer_list<GdkEventType> types,
     }
 }
 
-void send_pair(GdkWindow *window, GdkEventType press, GdkEventType release,
-               const std::function<void(GdkEvent *)> &fill)
-{
-    send_events(window, {press, release}, fill);
-}
-
 void send_key_events(GdkWindow *window, std::initializer_list<GdkEventType> types, guint keyval,
                      GdkModifierType modifiers)
 {
@@ -258,13 +252,15 @@ bool menu_shown()
     return open_menu() != nullptr;
 }
 
-std::string menu_labels(GtkMenu *menu)
+std::string menu_labels(GtkMenu *menu, bool states)
 {
     std::string labels;
     for (GtkWidget *item : menu_items(menu)) {
         labels += (labels.empty() ? "" : "|") + menu_item_label(item);
         if (GTK_IS_MENU_ITEM(item) && gtk_menu_item_get_submenu(GTK_MENU_ITEM(item)) != nullptr)
             labels += " >";
+        if (states && !GTK_IS_SEPARATOR_MENU_ITEM(item) && !gtk_widget_get_sensitive(item))
+            labels += "(off)";
     }
     return labels;
 }
@@ -430,9 +426,9 @@ void click_at(GtkWidget *widget, int x, int y, bool twice)
     int root_x = 0;
     int root_y = 0;
     gdk_window_get_root_coords(window, x, y, &root_x, &root_y);
-    auto keep = ov::ObjectRef<GdkWindow>::ref(window); // see send_pair
+    auto keep = ov::ObjectRef<GdkWindow>::ref(window); // see send_events
     for (int n = 0; n < (twice ? 2 : 1); ++n)
-        send_pair(window, GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE, [&](GdkEvent *event) {
+        send_events(window, {GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE}, [&](GdkEvent *event) {
             event->button.x = x;
             event->button.y = y;
             event->button.x_root = root_x;

@@ -35,8 +35,8 @@ bool window_shown(const char *title); // top_window() has that title
 GtkMenu *open_menu();
 bool menu_shown();
 // The labels of a menu's items joined with '|'; a separator is "-", an item
-// with a submenu ends in " >".
-std::string menu_labels(GtkMenu *menu);
+// with a submenu ends in " >"; with states an insensitive item in "(off)".
+std::string menu_labels(GtkMenu *menu, bool states = false);
 GtkWidget *find_menu_item(GtkMenu *menu, const char *label);
 // Activates an item of the open menus as a click would, opening submenus
 // along a path such as "All languages/Swedish/Finland". Fails the test when

@@ -2,7 +2,6 @@
 #include "widgets/widget_test_util.h"
 
 #include "core/error.h"
-#include "frame/window_stack.h"
 #include "widgets/active_locale_picker.h"
 #include "widgets/dropdown_panel.h"
 #include "widgets/gfx_text.h"
@@ -29,22 +28,7 @@ namespace
 
 constexpr const char *title = "Enter multilingual text";
 
-// UK English active, the window stack ready and the error buffer empty.
-struct Langstr : ErrorCleared {
-    LocaleState keep_;
-    void SetUp() override
-    {
-        ErrorCleared::SetUp();
-        set_active("en-uk");
-        ov_window_stack_init();
-    }
-    void TearDown() override
-    {
-        ov_window_stack_clean_up();
-        flush_events();
-        ErrorCleared::TearDown();
-    }
-};
+using Langstr = GuiTest;
 
 // Runs of equally tagged text: "[header]Danish:\n[inset]Farve"; an anchored child is "<child>".
 std::string tagged_runs(GtkWidget *display)
@@ -89,13 +73,8 @@ std::string draw_symbol(const langstr *ls, double opacity)
 // The display in the dropdown panel on screen, or null.
 GtkWidget *dropdown_display()
 {
-    GList *all = gtk_window_list_toplevels();
-    GtkWidget *found = nullptr;
-    for (GList *l = all; l != nullptr; l = l->next)
-        if (OV_IS_DROPDOWN_PANEL(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data)))
-            found = find_widget(GTK_WIDGET(l->data), [](GtkWidget *d) { return OV_IS_LANGSTR_DISPLAY(d); });
-    g_list_free(all);
-    return found;
+    return find_widget(shown_toplevel([](GtkWidget *w) { return OV_IS_DROPDOWN_PANEL(w); }),
+                       [](GtkWidget *d) { return OV_IS_LANGSTR_DISPLAY(d); });
 }
 
 } // namespace
@@ -223,16 +202,6 @@ TEST_F(Langstr, SpellCheckingFollowsTheLocaleWithRealDictionaries)
 namespace
 {
 
-std::vector<OvTranslationEntry *> entries_of(OvLangstrEditor *editor)
-{
-    std::vector<OvTranslationEntry *> result;
-    GList *entries = ov_langstr_editor_get_entries(editor);
-    for (GList *l = entries; l != nullptr; l = l->next)
-        result.push_back(OV_TRANSLATION_ENTRY(l->data));
-    g_list_free(entries);
-    return result;
-}
-
 // Each entry as "tag=text", with "#" after a locked text and "@" after a locked locale.
 std::string describe_entries(OvLangstrEditor *editor)
 {
@@ -244,17 +213,6 @@ std::string describe_entries(OvLangstrEditor *editor)
                   (gtk_widget_get_sensitive(ov_translation_entry_get_picker(entry)) ? "" : "@");
     }
     return result;
-}
-
-OvLangstrEditor *editor()
-{
-    return OV_LANGSTR_EDITOR(
-        find_widget(GTK_WIDGET(top_window()), [](GtkWidget *w) { return OV_IS_LANGSTR_EDITOR(w); }));
-}
-
-GtkWidget *field(guint n)
-{
-    return ov_translation_entry_get_text_widget(entries_of(editor()).at(n));
 }
 
 std::string top_labels()
@@ -276,8 +234,8 @@ Script::Action take_message(std::string &texts)
 Script::Condition window_with_entries(std::size_t count)
 {
     return [count] {
-        return window_shown(title) && !menu_shown() && entries_of(editor()).size() == count &&
-               find_widget(GTK_WIDGET(editor()), [](GtkWidget *w) {
+        return window_shown(title) && !menu_shown() && entries_of(top_langstr_editor()).size() == count &&
+               find_widget(GTK_WIDGET(top_langstr_editor()), [](GtkWidget *w) {
                    return GTK_IS_TOGGLE_BUTTON(w) && gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(w));
                }) == nullptr;
     };
@@ -307,11 +265,11 @@ TEST_F(Langstr, WindowRefusesEmptyOrRepeatedTextsAndKeepsTheValueOnCancelOrClose
     Script empty;
     empty.when_window(title, [&] {
         labels = top_labels();
-        EXPECT_EQ(gtk_window_get_focus(top_window()), field(0));
+        EXPECT_EQ(gtk_window_get_focus(top_window()), translation_field(0));
         click_button("OK");
     });
     empty.when_window("Error", take_message(message)).when_window(title, [] {
-        type_text(field(0), "Colour");
+        type_text(translation_field(0), "Colour");
         click_button("OK");
     });
     EXPECT_TRUE(run_window(value));
@@ -322,19 +280,19 @@ TEST_F(Langstr, WindowRefusesEmptyOrRepeatedTextsAndKeepsTheValueOnCancelOrClose
     value = langstr_of("en-uk=Colour sv=F\xe4rg");
     auto spell_language = [] {
         return gspell_language_get_code(
-            gspell_checker_get_language(ov_spell_check_get_entry_checker(GTK_ENTRY(field(0)))));
+            gspell_checker_get_language(ov_spell_check_get_entry_checker(GTK_ENTRY(translation_field(0)))));
     };
     Script repeated;
     repeated.when_window(title, [&] {
         spelling = spell_language();
-        click(ov_translation_entry_get_picker(entries_of(editor())[0]));
+        click(ov_translation_entry_get_picker(entries_of(top_langstr_editor())[0]));
     });
     repeated.when_menu([&] {
         menu = menu_labels(open_menu());
         activate_menu_item("All languages/Swedish/Sweden");
     });
     repeated.when(window_with_entries(2), [&] {
-        order = describe_entries(editor());
+        order = describe_entries(top_langstr_editor());
         spelling += std::string(" ") + spell_language();
         click_button("OK");
     });
@@ -350,7 +308,7 @@ TEST_F(Langstr, WindowRefusesEmptyOrRepeatedTextsAndKeepsTheValueOnCancelOrClose
 
     Script closing;
     closing.when_window(title, [] {
-        type_text(field(0), "X");
+        type_text(translation_field(0), "X");
         close_window(top_window());
     });
     EXPECT_FALSE(run_window(value));
@@ -359,8 +317,9 @@ TEST_F(Langstr, WindowRefusesEmptyOrRepeatedTextsAndKeepsTheValueOnCancelOrClose
     // Insensitive, the note shows and OK just closes; with empty text allowed a cleared editor gives nothing.
     auto clear_and_press = [&labels](const char *button) {
         return [&labels, button] {
-            labels = top_labels() + (gtk_widget_get_sensitive(GTK_WIDGET(editor())) ? "" : "|insensitive");
-            ov_langstr_editor_clear(editor());
+            labels = top_labels() +
+                     (gtk_widget_get_sensitive(GTK_WIDGET(top_langstr_editor())) ? "" : "|insensitive");
+            ov_langstr_editor_clear(top_langstr_editor());
             click_button(button);
         };
     };
@@ -387,7 +346,7 @@ TEST_F(Langstr, LangstrEntryOpensTheWindowThatAddsSortsAndDeletesTranslations)
     int changed = 0;
     count_signal(entry, "changed", changed);
     std::string order, menu;
-    auto add = [] { click(ov_langstr_editor_get_add_button(editor())); };
+    auto add = [] { click(ov_langstr_editor_get_add_button(top_langstr_editor())); };
     Script script;
     script.then([&] { click(GTK_WIDGET(entry)); }).when_window(title, add).when_menu([&] {
         menu = menu_labels(open_menu());
@@ -399,8 +358,8 @@ TEST_F(Langstr, LangstrEntryOpensTheWindowThatAddsSortsAndDeletesTranslations)
     });
     script.when_menu([] { activate_menu_item("All languages/Danish"); }).when(window_with_entries(3), [&] {
         type_text(gtk_window_get_focus(top_window()), "Farve");
-        order = describe_entries(editor());
-        click(ov_translation_entry_get_delete_button(entries_of(editor())[1]));
+        order = describe_entries(top_langstr_editor());
+        click(ov_translation_entry_get_delete_button(entries_of(top_langstr_editor())[1]));
     });
     script.when(window_with_entries(2), [] { click_button("OK"); });
     finish(script);

@@ -1,6 +1,5 @@
 list(APPEND OV_GUI_TEST_SOURCES
   support/gui_driver.cpp
-  widgets/gtk_smoke_test.cpp
   widgets/picker_test.cpp
   widgets/langstr_widgets_test.cpp
 )
