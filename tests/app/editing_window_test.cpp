@@ -569,7 +569,9 @@ TEST_F(EditingWindow, F8WalksThroughUntranslatedTextsAcrossPagesBothWays)
 // updated by every edit of a sheet.
 TEST_F(EditingWindow, PickerShowsEachLanguagesShareAfterEdits)
 {
-    write(template_of("T", "D1[d1]", {{"R", ""}}));
+    TemplatePtr tmpl = template_of("T", "D1[d1]", {{"R", ""}});
+    ov_langstr_set_translation(&tmpl->name, locale("sv"), "N");
+    write(tmpl);
     run([](GtkWidget *window) {
         auto *picker = OV_LOCALE_PICKER(
             ov_component_gui_editor_window_get_locale_picker(OV_COMPONENT_GUI_EDITOR_WINDOW(window)));
@@ -579,6 +581,19 @@ TEST_F(EditingWindow, PickerShowsEachLanguagesShareAfterEdits)
         press_key(current_sheet(window), GDK_KEY_End);
         answered([](Script &s) { s.when([] { return top_langstr_editor() != nullptr; }, enter_text("ny")); },
                  [&] { press_key(current_sheet(window), GDK_KEY_Insert); });
+        EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "Swedish (Sweden) [40%]");
+        // The name counts as it stands in its field, before it is saved:
+        // without its Swedish text, 1 of 5 texts is in Swedish.
+        answered(
+            [](Script &s) {
+                s.when([] { return top_langstr_editor() != nullptr; },
+                       [] {
+                           gtk_editable_delete_text(GTK_EDITABLE(translation_field(1)), 0, -1);
+                           click_button("OK");
+                       });
+            },
+            [&] { click(name_entry(window)); });
+        EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "Swedish (Sweden) [20%]");
         set_active("en-uk");
         EXPECT_STREQ(ov_locale_picker_get_label_text(picker), "English (United Kingdom) [80%]");
         close(window, false);
