@@ -516,9 +516,20 @@ void click_list_row(GtkWidget *root, const char *text, bool twice)
             continue;
         ov::Owned<GtkTreePath, gtk_tree_path_free> path(gtk_tree_model_get_path(model, &iter));
         gtk_tree_view_scroll_to_cell(view, path.get(), nullptr, FALSE, 0, 0);
-        wait_ms(50); // scrolling and layout run with the next frame
-        GdkRectangle cell;
-        gtk_tree_view_get_cell_area(view, path.get(), gtk_tree_view_get_column(view, 0), &cell);
+        // Scrolling and layout run with the next frames, later on a busy
+        // machine: the row is clicked once it is laid out in view.
+        GdkRectangle cell = {};
+        wait_until([&] {
+            GtkTreePath *first = nullptr, *last = nullptr;
+            const bool shown = gtk_widget_get_mapped(GTK_WIDGET(view)) &&
+                               gtk_tree_view_get_visible_range(view, &first, &last) &&
+                               gtk_tree_path_compare(first, path.get()) <= 0 &&
+                               gtk_tree_path_compare(path.get(), last) <= 0;
+            gtk_tree_path_free(first);
+            gtk_tree_path_free(last);
+            gtk_tree_view_get_cell_area(view, path.get(), gtk_tree_view_get_column(view, 0), &cell);
+            return shown && cell.height > 0;
+        });
         int x = 0;
         int y = 0;
         gtk_tree_view_convert_bin_window_to_widget_coords(view, cell.x + cell.width / 2,
@@ -573,10 +584,15 @@ void release_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers)
 
 void type_text(GtkWidget *widget, const char *text)
 {
+    // Each key is handled as it is sent; pending events run only after the
+    // last one, so that a script's next step cannot start halfway through
+    // the text (as a click on "Apply" after three letters of a path).
     for (const char *p = text; *p != '\0'; p = g_utf8_next_char(p)) {
-        gunichar c = g_utf8_get_char(p);
-        press_key(widget, c == '\n' ? GDK_KEY_Return : c == '\t' ? GDK_KEY_Tab : gdk_unicode_to_keyval(c));
+        const gunichar c = g_utf8_get_char(p);
+        if (GdkWindow *window = focus_for_keys(widget); window != nullptr)
+            send_key(window, c == '\n' ? GDK_KEY_Return : c == '\t' ? GDK_KEY_Tab : gdk_unicode_to_keyval(c));
     }
+    flush_events();
 }
 
 void paste_text(GtkWidget *widget, const char *text)
@@ -682,7 +698,11 @@ void Script::time_out()
                    pending().c_str());
         std::abort();
     }
-    ADD_FAILURE() << "The GUI script waited in vain for " << pending() << "; closing everything.";
+    std::string shown;
+    for (GtkWindow *window : shown_windows(GTK_WINDOW_TOPLEVEL))
+        shown += std::string(shown.empty() ? "" : ", ") + "\"" + (gtk_window_get_title(window) ?: "") + "\"";
+    ADD_FAILURE() << "The GUI script waited in vain for " << pending()
+                  << "; closing everything (shown: " << (shown.empty() ? "no window" : shown) << ").";
     closed_all_ = true;
     steps_.clear();
     deadline_ = g_get_monotonic_time() + limit_us_;
