@@ -184,8 +184,9 @@ TEST_F(WindowStackTest, ScriptWatchdogFailsNamingThePendingStepAndClosesTheWindo
 {
     EXPECT_NONFATAL_FAILURE(run_stuck_window("Stuck"),
                             "waited in vain for the code under test to return after step 1 "
-                            "(window \"Stuck\" on top); closing everything.");
+                            "(window \"Stuck\" on top); closing everything (shown: \"Stuck\").");
     EXPECT_NONFATAL_FAILURE(run_stuck_window("Other"),
-                            "waited in vain for step 1 (window \"Other\" on top); closing everything.");
+                            "waited in vain for step 1 (window \"Other\" on top); closing everything (shown: "
+                            "\"Stuck\").");
     EXPECT_EQ(ov::test::top_window(), nullptr);
 }

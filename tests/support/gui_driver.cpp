@@ -9,12 +9,16 @@
 #include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
+#include <vector>
 
 namespace ov::test
 {
 
 namespace
 {
+
+// The main-loop depths of the script actions running, innermost last.
+std::vector<int> acting_depths;
 
 using Predicate = std::function<bool(GtkWidget *)>;
 
@@ -629,6 +633,7 @@ void show_and_wait(GtkWidget *window)
 
 void wait_ms(guint milliseconds)
 {
+    HelperWait wait;
     GMainLoop *loop = g_main_loop_new(nullptr, FALSE);
     g_timeout_add(
         milliseconds,
@@ -717,6 +722,14 @@ void Script::time_out()
 gboolean Script::tick(gpointer data)
 {
     auto *self = static_cast<Script *>(data);
+    // No step starts from the driver's own event processing inside an
+    // action still running (the events a click sends, a wait for layout):
+    // a user acts only once the program has handled the last input, and a
+    // window closed by that input has left its loop. Loops the action opens
+    // (a dialog, a menu) run deeper and tick as usual.
+    if (!acting_depths.empty() && HelperWait::innermost_depth() == acting_depths.back() &&
+        g_main_depth() == acting_depths.back() + 1)
+        return G_SOURCE_CONTINUE;
     if (!self->steps_.empty() && self->steps_.front().condition()) {
         // The action runs from a source of its own: it may run a nested loop
         // (open a window, a menu) in which the next steps must still tick.
@@ -728,7 +741,9 @@ gboolean Script::tick(gpointer data)
         g_idle_add_full(
             G_PRIORITY_DEFAULT,
             [](gpointer a) -> gboolean {
+                acting_depths.push_back(g_main_depth());
                 (*static_cast<Action *>(a))();
+                acting_depths.pop_back();
                 return G_SOURCE_REMOVE;
             },
             action, [](gpointer a) { delete static_cast<Action *>(a); });

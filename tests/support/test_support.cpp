@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <vector>
 
 namespace ov::test
 {
@@ -129,8 +130,29 @@ int run_with_file_size_limit(long max_bytes, const std::function<bool()> &body)
     });
 }
 
+namespace
+{
+std::vector<int> helper_wait_depths;
+}
+
+HelperWait::HelperWait()
+{
+    helper_wait_depths.push_back(g_main_depth());
+}
+
+HelperWait::~HelperWait()
+{
+    helper_wait_depths.pop_back();
+}
+
+int HelperWait::innermost_depth()
+{
+    return helper_wait_depths.empty() ? -1 : helper_wait_depths.back();
+}
+
 void flush_events()
 {
+    HelperWait wait;
     while (g_main_context_iteration(nullptr, FALSE)) {
     }
 }

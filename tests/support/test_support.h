@@ -66,4 +66,18 @@ struct ErrorCleared : ::testing::Test {
 // Runs pending main-loop events until none are left.
 void flush_events();
 
+// Marks a helper's own event processing for its lifetime: the main-loop
+// depth it runs at, innermost last. The GUI driver starts no script step
+// from such a wait inside a step's action (see Script).
+class HelperWait
+{
+  public:
+    HelperWait();
+    ~HelperWait();
+    HelperWait(const HelperWait &) = delete;
+    HelperWait &operator=(const HelperWait &) = delete;
+    // The depth of the innermost wait, or -1.
+    static int innermost_depth();
+};
+
 } // namespace ov::test
