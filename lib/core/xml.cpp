@@ -197,17 +197,36 @@ int close_entity_file(void *context)
 
 enum class Lookup { absent, found, failed };
 
-// Reads an attribute's value (UTF-8, libxml2-allocated) into value.
-Lookup lookup_attribute(const xmlNode *node, const char *name, ov::XmlCharPtr &value)
+// An attribute's value in UTF-8: the text of its one text node, read in
+// place, or libxml2's joined copy of anything else.
+class AttributeValue
+{
+  public:
+    explicit operator bool() const { return text_ != nullptr; }
+    const xmlChar *get() const { return text_; }
+    void borrow(const xmlChar *text) { text_ = text; }
+    void take(xmlChar *text)
+    {
+        owned_.reset(text);
+        text_ = text;
+    }
+
+  private:
+    const xmlChar *text_ = nullptr;
+    ov::XmlCharPtr owned_;
+};
+
+Lookup lookup_attribute(const xmlNode *node, const char *name, AttributeValue &value)
 {
     const xmlAttr *attribute = node != nullptr ? xmlHasProp(node, xml_text(name)) : nullptr;
     if (attribute == nullptr)
         return Lookup::absent;
-    // A plain value is one text node; only others need the general read.
     const xmlNode *child = attribute->children;
-    const bool plain = attribute->type == XML_ATTRIBUTE_NODE && child != nullptr && child->next == nullptr &&
-                       child->type == XML_TEXT_NODE && child->content != nullptr;
-    value.reset(plain ? xmlStrdup(child->content) : xmlGetProp(node, xml_text(name)));
+    if (attribute->type == XML_ATTRIBUTE_NODE && child != nullptr && child->next == nullptr &&
+        child->type == XML_TEXT_NODE && child->content != nullptr)
+        value.borrow(child->content);
+    else
+        value.take(xmlGetProp(node, xml_text(name)));
     if (!value) {
         ov_error_set("Error when reading XML attribute.");
         return Lookup::failed;
@@ -216,9 +235,9 @@ Lookup lookup_attribute(const xmlNode *node, const char *name, ov::XmlCharPtr &v
 }
 
 // The value of a required attribute, or null with the reason.
-ov::XmlCharPtr required_attribute(const xmlNode *node, const char *name)
+AttributeValue required_attribute(const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value;
+    AttributeValue value;
     if (lookup_attribute(node, name, value) == Lookup::absent)
         ov_error_set_utf8_printf("Missing XML attribute: %s", name);
     return value;
@@ -234,7 +253,7 @@ gchar *utf8_copy(const xmlChar *value)
 template <class Absent, class Found>
 gboolean read_optional_attribute(const xmlNode *node, const char *name, Absent on_absent, Found on_found)
 {
-    ov::XmlCharPtr value;
+    AttributeValue value;
     switch (lookup_attribute(node, name, value)) {
     case Lookup::absent:
         on_absent();
@@ -792,25 +811,25 @@ gboolean ov_xml_get_attribute_value_as_double_in_range_with_fallback(double *out
 
 gchar *ov_xml_get_required_attribute_value_as_utf8(const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value ? g_strdup(char_text(value.get())) : nullptr;
 }
 
 gchar *ov_xml_get_required_attribute_value_as_ascii(const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value ? ascii_attribute_copy(value.get()) : nullptr;
 }
 
 gchar *ov_xml_get_required_attribute_value_as_latin1(const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value ? latin1_attribute_copy(value.get()) : nullptr;
 }
 
 gchar *ov_xml_get_nonempty_required_attribute_value_as_utf8(const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     if (!value || refuse_empty_attribute(value.get(), name))
         return nullptr;
     return g_strdup(char_text(value.get()));
@@ -818,7 +837,7 @@ gchar *ov_xml_get_nonempty_required_attribute_value_as_utf8(const xmlNode *node,
 
 gchar *ov_xml_get_nonempty_required_attribute_value_as_latin1(const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     if (!value || refuse_empty_attribute(value.get(), name))
         return nullptr;
     return latin1_attribute_copy(value.get());
@@ -826,20 +845,20 @@ gchar *ov_xml_get_nonempty_required_attribute_value_as_latin1(const xmlNode *nod
 
 gboolean ov_xml_get_required_attribute_value_as_boolean(gboolean *out, const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value && parse_boolean_attribute(out, value.get(), name);
 }
 
 gboolean ov_xml_get_required_attribute_value_as_int(int *out, const xmlNode *node, const char *name)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value && parse_number_attribute(out, value.get(), name, invalid_integer, ov_util_parse_int);
 }
 
 gboolean ov_xml_get_required_attribute_value_as_int_in_range(int *out, const xmlNode *node, const char *name,
                                                              int minimum, int maximum)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value && parse_number_attribute(
                         out, value.get(), name, invalid_integer, [=](int *result, const char *text) {
                             return ov_util_parse_int_in_range(result, text, minimum, maximum);
@@ -850,7 +869,7 @@ gboolean ov_xml_get_required_attribute_value_as_double_in_range(double *out, con
                                                                 const char *name, double minimum,
                                                                 double maximum)
 {
-    ov::XmlCharPtr value = required_attribute(node, name);
+    const AttributeValue value = required_attribute(node, name);
     return value && parse_number_attribute(
                         out, value.get(), name, invalid_double, [=](double *result, const char *text) {
                             return ov_util_parse_double_in_range(result, text, minimum, maximum);
