@@ -7,6 +7,7 @@
 #include "core/raii.h"
 #include "core/util.h"
 #include "core/xml.h"
+#include "docs/xml_stream.h"
 #include "lang/langstr_xml.h"
 
 #include <libxml/xmlreader.h>
@@ -24,50 +25,25 @@ namespace
 
 using CodesetPtr = std::unique_ptr<OvCodeset, decltype([](OvCodeset *c) { ov_codeset_destroy(c); })>;
 
-using TextReaderPtr = ov::Owned<xmlTextReader, xmlFreeTextReader>;
-
 // The codeset file is read as a stream: each remark is expanded into a tree
 // of its own and read, and the name, author and version elements are copied
 // aside and read at the end, so that no tree of the whole file is built.
 // The outcome is that of reading the whole tree: a malformed file fails as
 // XML whatever it contains; otherwise the name, author and version fail
 // before the remarks, and the first failing remark counts.
-class CodesetReader
+class CodesetReader : public ov::XmlStreamReader
 {
   public:
-    CodesetReader(xmlTextReader *reader, OvCodeset *codeset) : reader_(reader), codeset_(codeset)
+    CodesetReader(xmlTextReader *reader, OvCodeset *codeset) : XmlStreamReader(reader), codeset_(codeset)
     {
         aside_doc_.reset(xmlNewDoc(BAD_CAST "1.0"));
         aside_ = xmlNewDocNode(aside_doc_.get(), nullptr, BAD_CAST "aside", nullptr);
         xmlDocSetRootElement(aside_doc_.get(), aside_);
     }
-    CodesetReader(const CodesetReader &) = delete;
-    CodesetReader &operator=(const CodesetReader &) = delete;
-    ~CodesetReader()
+    ~CodesetReader() override
     {
         for (OvRemark *remark : remarks_)
             ov_remark_destroy(remark);
-    }
-
-    enum class Outcome { xml_failure, no_root, wrong_root, done };
-
-    Outcome run()
-    {
-        while (read() && xmlTextReaderNodeType(reader_) != XML_READER_TYPE_ELEMENT) {
-        }
-        if (status_ < 0)
-            return Outcome::xml_failure;
-        if (status_ == 0)
-            return Outcome::no_root;
-        const bool is_codeset = xmlStrcmp(xmlTextReaderConstLocalName(reader_), BAD_CAST "codeset") == 0;
-        if (is_codeset)
-            read_children();
-        // The rest of the document must be well-formed too.
-        while (status_ > 0)
-            read();
-        if (status_ < 0)
-            return Outcome::xml_failure;
-        return is_codeset ? Outcome::done : Outcome::wrong_root;
     }
 
     // FALSE with the error set when the contents are not a codeset.
@@ -119,23 +95,10 @@ class CodesetReader
     }
 
   private:
-    bool read() { return (status_ = xmlTextReaderRead(reader_)) == 1; }
-    bool next() { return (status_ = xmlTextReaderNext(reader_)) == 1; }
-
-    void read_children()
+    void read_root() override
     {
-        if (xmlTextReaderIsEmptyElement(reader_)) {
-            read();
-            return;
-        }
-        const int depth = xmlTextReaderDepth(reader_);
-        read();
-        while (status_ == 1 && xmlTextReaderDepth(reader_) > depth) {
-            if (xmlTextReaderNodeType(reader_) != XML_READER_TYPE_ELEMENT) {
-                read();
-                continue;
-            }
-            const auto *name = reinterpret_cast<const char *>(xmlTextReaderConstLocalName(reader_));
+        for_each_child([&](const xmlChar *element) {
+            const auto *name = reinterpret_cast<const char *>(element);
             if (std::strcmp(name, "remark") == 0)
                 read_remark();
             else if (std::strcmp(name, "name") == 0 || std::strcmp(name, "author") == 0 ||
@@ -143,16 +106,14 @@ class CodesetReader
                 copy_aside();
             else
                 next();
-        }
+        });
     }
 
     void copy_aside()
     {
-        xmlNode *node = xmlTextReaderExpand(reader_);
-        if (node == nullptr) {
-            status_ = -1;
+        xmlNode *node = expand();
+        if (node == nullptr)
             return;
-        }
         xmlAddChild(aside_, xmlDocCopyNode(node, aside_doc_.get(), 1));
         next();
     }
@@ -164,11 +125,9 @@ class CodesetReader
             next();
             return;
         }
-        xmlNode *node = xmlTextReaderExpand(reader_);
-        if (node == nullptr) {
-            status_ = -1;
+        xmlNode *node = expand();
+        if (node == nullptr)
             return;
-        }
         OvRemark *remark = ov_xml_parse_remark(node->doc, node);
         if (remark == nullptr)
             remarks_error_ = ov_error_get();
@@ -177,11 +136,9 @@ class CodesetReader
         next();
     }
 
-    xmlTextReader *reader_;
     OvCodeset *codeset_;
     ov::XmlDocPtr aside_doc_;
     xmlNode *aside_;
-    int status_ = 1;
     std::vector<OvRemark *> remarks_;
     std::string remarks_error_;
 };
@@ -214,40 +171,12 @@ bool write_codeset(FILE *stream, const OvCodeset *codeset)
 OvCodeset *ov_codeset_io_read_from_file(const char *path)
 {
     g_return_val_if_fail(path != nullptr, nullptr);
-    ov::FilePtr file(ov_fs_utils_open_file(path, "rb"));
-    if (!file) {
-        ov_error_append("Error loading codeset file.");
-        return nullptr;
-    }
-    ov::XmlMessageCollector messages;
-    ov::XmlEntityFence fence(path);
-    // Entities substituted, external DTDs loaded, never from the network.
-    TextReaderPtr reader(xmlReaderForFd(fileno(file.get()), nullptr, nullptr,
-                                        XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
+    ov::XmlStreamFile file(path, "codeset");
     CodesetPtr codeset(ov_codeset_new());
-    CodesetReader codeset_reader(reader.get(), codeset.get());
-    const auto outcome = reader ? codeset_reader.run() : CodesetReader::Outcome::xml_failure;
-    if (!fence.check()) {
-        ov_error_append("Could not parse XML data.");
-        ov_error_append("Error loading codeset file.");
+    CodesetReader reader(file.reader(), codeset.get());
+    if (!file.read(reader, "codeset"))
         return nullptr;
-    }
-    switch (outcome) {
-    case CodesetReader::Outcome::xml_failure:
-        messages.report_file_failure(path);
-        ov_error_append("Error loading codeset file.");
-        return nullptr;
-    case CodesetReader::Outcome::no_root:
-        ov_error_set("Missing root element in XML tree.");
-        ov_error_append("Invalid codeset file.");
-        return nullptr;
-    case CodesetReader::Outcome::wrong_root:
-        ov_error_set("Not a codeset file.");
-        return nullptr;
-    case CodesetReader::Outcome::done:
-        break;
-    }
-    if (!codeset_reader.finish()) {
+    if (!reader.finish()) {
         ov_error_append("Error parsing codeset file.");
         return nullptr;
     }

@@ -8,6 +8,7 @@
 #include "core/strings.h"
 #include "core/util.h"
 #include "core/xml.h"
+#include "docs/xml_stream.h"
 #include "lang/langstr_xml.h"
 #include "lang/locale.h"
 
@@ -141,81 +142,29 @@ bool is_block_name(const xmlChar *name, Mode mode)
 //
 // For a list of templates only the heading (name, author, version) is
 // wanted: then reading stops at the first other element after the name.
-class TemplateReader
+class TemplateReader : public ov::XmlStreamReader
 {
   public:
-    TemplateReader(xmlTextReader *reader, ov_template *tmpl, bool heading_only = false)
-        : reader_(reader), tmpl_(tmpl), heading_only_(heading_only)
+    TemplateReader(xmlTextReader *reader, ov_template *tmpl, bool heading_only)
+        : XmlStreamReader(reader), tmpl_(tmpl), heading_only_(heading_only)
     {
         aside_doc_.reset(xmlNewDoc(BAD_CAST "1.0"));
-    }
-
-    enum class Outcome { xml_failure, no_root, wrong_root, done };
-
-    Outcome run()
-    {
-        while (read() && xmlTextReaderNodeType(reader_) != XML_READER_TYPE_ELEMENT) {
-        }
-        if (status_ < 0)
-            return Outcome::xml_failure;
-        if (status_ == 0)
-            return Outcome::no_root;
-        const bool is_template = xmlStrcmp(xmlTextReaderConstLocalName(reader_), BAD_CAST "template") == 0;
-        if (is_template) {
-            xmlNode *aside = new_aside();
-            for_each_child([&](const xmlChar *name) { read_template_child(name, aside); });
-            if (status_ >= 0)
-                finish_template(aside);
-            xmlFreeNode(aside);
-        } else {
-            next();
-        }
-        // The rest of the document must be well-formed too.
-        while (status_ > 0 && !stopped_)
-            read();
-        if (status_ < 0)
-            return Outcome::xml_failure;
-        return is_template ? Outcome::done : Outcome::wrong_root;
     }
 
     // The first failure's text, empty when reading succeeded.
     const std::string &error() const { return error_; }
 
   private:
-    bool read() { return (status_ = xmlTextReaderRead(reader_)) == 1; }
-    bool next() { return (status_ = xmlTextReaderNext(reader_)) == 1; }
-
-    // The current element as a tree, or null (an XML failure).
-    xmlNode *expand()
+    void read_root() override
     {
-        xmlNode *node = xmlTextReaderExpand(reader_);
-        if (node == nullptr)
-            status_ = -1;
-        return node;
+        xmlNode *aside = new_aside();
+        for_each_child([&](const xmlChar *name) { read_template_child(name, aside); });
+        if (status_ >= 0)
+            finish_template(aside);
+        xmlFreeNode(aside);
     }
 
-    // Calls visit with the name of each child element of the current
-    // element; visit leaves the reader after that child, by next() or a
-    // nested for_each_child. Ends after the current element.
-    template <class Visit> void for_each_child(Visit visit)
-    {
-        if (xmlTextReaderIsEmptyElement(reader_)) {
-            read();
-            return;
-        }
-        const int depth = xmlTextReaderDepth(reader_);
-        read();
-        while (status_ == 1 && !stopped_) {
-            if (xmlTextReaderDepth(reader_) <= depth) {
-                read();
-                return;
-            }
-            if (xmlTextReaderNodeType(reader_) == XML_READER_TYPE_ELEMENT)
-                visit(xmlTextReaderConstLocalName(reader_));
-            else
-                read();
-        }
-    }
+    bool stopped() const override { return stopped_; }
 
     // Keeps a copy of the current element under aside, then moves on.
     void copy_aside(xmlNode *aside)
@@ -380,17 +329,13 @@ class TemplateReader
             error_ = "Missing report types.";
     }
 
-    xmlTextReader *reader_;
     ov_template *tmpl_;
     bool heading_only_;
     bool stopped_ = false;
     ov::XmlDocPtr aside_doc_;
-    int status_ = 1;
     std::string children_error_;
     std::string error_;
 };
-
-using TextReaderPtr = ov::Owned<xmlTextReader, xmlFreeTextReader>;
 
 // Writing. Every write is checked and the first failure stops the writer.
 
@@ -498,41 +443,13 @@ namespace
 // Reads the template at path (only its heading when asked).
 ov_template *read_template(const char *path, bool heading_only)
 {
-    ov::FilePtr file(ov_fs_utils_open_file(path, "rb"));
-    if (!file) {
-        ov_error_append("Error loading template file.");
-        return nullptr;
-    }
-    ov::XmlMessageCollector messages;
-    ov::XmlEntityFence fence(path);
-    // Entities substituted, external DTDs loaded, never from the network.
-    TextReaderPtr reader(xmlReaderForFd(fileno(file.get()), nullptr, nullptr,
-                                        XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
+    ov::XmlStreamFile file(path, "template");
     TemplatePtr tmpl(ov_template_new());
-    TemplateReader template_reader(reader.get(), tmpl.get(), heading_only);
-    const auto outcome = reader ? template_reader.run() : TemplateReader::Outcome::xml_failure;
-    if (!fence.check()) {
-        ov_error_append("Could not parse XML data.");
-        ov_error_append("Error loading template file.");
+    TemplateReader reader(file.reader(), tmpl.get(), heading_only);
+    if (!file.read(reader, "template"))
         return nullptr;
-    }
-    switch (outcome) {
-    case TemplateReader::Outcome::xml_failure:
-        messages.report_file_failure(path);
-        ov_error_append("Error loading template file.");
-        return nullptr;
-    case TemplateReader::Outcome::no_root:
-        ov_error_set("Missing root element in XML tree.");
-        ov_error_append("Invalid template file.");
-        return nullptr;
-    case TemplateReader::Outcome::wrong_root:
-        ov_error_set("Not a template file.");
-        return nullptr;
-    case TemplateReader::Outcome::done:
-        break;
-    }
-    if (!template_reader.error().empty()) {
-        ov_error_set(template_reader.error().c_str());
+    if (!reader.error().empty()) {
+        ov_error_set(reader.error().c_str());
         ov_error_append("Error parsing template file.");
         return nullptr;
     }
