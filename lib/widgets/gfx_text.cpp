@@ -402,54 +402,57 @@ int ov_gfx_text_sheet_draw_separator(const OvGfxTextSheetContext *context, int y
     return y + 1;
 }
 
+namespace
+{
+
+// Draws a segment's or block's header, starting at top, with its text at
+// (x, top + gap), or when editing its grey placeholder (none: nullptr), and
+// records where it stands; FALSE when there is neither. height gets the
+// text's height.
+bool draw_node_header(const OvGfxTextSheetContext *context, int style, const langstr *header,
+                      const char *placeholder, ov_text_sheet_hit_area &area, int x, int top, int gap,
+                      int width, double *height)
+{
+    if (context->record_rectangles)
+        area.top = top;
+    const int y = top + gap;
+    if (header != nullptr) {
+        ov_gfx_text_sheet_draw_langstr_text_block(context, style, header, FALSE, nullptr, height,
+                                                  context->editing, &area.menu, &area.status, x, y, width);
+        return true;
+    }
+    if (placeholder == nullptr || !context->editing)
+        return false;
+    set_grey(context);
+    ov_gfx_text_sheet_draw_utf8_text_block(context, style, placeholder, FALSE, nullptr, height, TRUE,
+                                           &area.menu, x, y, width);
+    set_black(context);
+    record(context, &area.status, {});
+    return true;
+}
+
+} // namespace
+
 int ov_gfx_text_sheet_draw_segment_header(const OvGfxTextSheetContext *context, int y,
                                           ov_text_sheet_segment *segment, gboolean untitled_placeholder)
 {
     g_return_val_if_fail(context != nullptr && segment != nullptr, y);
-    ov_text_sheet_hit_area &area = segment->hit_area;
-    if (context->record_rectangles)
-        area.top = y;
     double height = 0;
-    if (segment->header != nullptr) {
-        ov_gfx_text_sheet_draw_langstr_text_block(context, OV_GFX_TEXT_STYLE_LARGE, segment->header, FALSE,
-                                                  nullptr, &height, context->editing, &area.menu,
-                                                  &area.status, 24, y + 21, context->width - 49);
-        return y + ceil_int(height) + 17;
-    }
-    if (untitled_placeholder && context->editing) {
-        set_grey(context);
-        ov_gfx_text_sheet_draw_utf8_text_block(context, OV_GFX_TEXT_STYLE_LARGE, "Untitled segment", FALSE,
-                                               nullptr, &height, TRUE, &area.menu, 24, y + 21,
-                                               context->width - 49);
-        set_black(context);
-        record(context, &area.status, {});
-        return y + ceil_int(height) + 17;
-    }
-    return y;
+    if (!draw_node_header(context, OV_GFX_TEXT_STYLE_LARGE, segment->header,
+                          untitled_placeholder ? "Untitled segment" : nullptr, segment->hit_area, 24, y, 21,
+                          context->width - 49, &height))
+        return y;
+    return y + ceil_int(height) + 17;
 }
 
 int ov_gfx_text_sheet_draw_block_header(const OvGfxTextSheetContext *context, int y,
                                         ov_text_sheet_block *block)
 {
     g_return_val_if_fail(context != nullptr && block != nullptr, y);
-    ov_text_sheet_hit_area &area = block->hit_area;
-    if (context->record_rectangles)
-        area.top = y;
     double height = 0;
-    if (block->header != nullptr) {
-        ov_gfx_text_sheet_draw_langstr_text_block(context, OV_GFX_TEXT_STYLE_BOLD, block->header, FALSE,
-                                                  nullptr, &height, context->editing, &area.menu,
-                                                  &area.status, 25, y + 20, context->width - 50);
-    } else if (context->editing) {
-        set_grey(context);
-        ov_gfx_text_sheet_draw_utf8_text_block(context, OV_GFX_TEXT_STYLE_BOLD, "Untitled block", FALSE,
-                                               nullptr, &height, TRUE, &area.menu, 25, y + 20,
-                                               context->width - 50);
-        set_black(context);
-        record(context, &area.status, {});
-    } else {
+    if (!draw_node_header(context, OV_GFX_TEXT_STYLE_BOLD, block->header, "Untitled block", block->hit_area,
+                          25, y, 20, context->width - 50, &height))
         return y + 25;
-    }
     int bottom = y + 20 + ceil_int(height);
     if (block_has_rows(block))
         bottom += ov_gfx_text_sheet_get_plain_space_height(context);
