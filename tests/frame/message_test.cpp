@@ -2,14 +2,12 @@
 #include "support/gui_driver.h"
 #include "support/test_support.h"
 
-#include "core/error.h"
 #include "frame/message.h"
 #include "frame/window_stack.h"
 #include "gui/gui.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 namespace
@@ -54,46 +52,6 @@ std::string icons_and_buttons()
 
 } // namespace
 
-TEST_F(MessageTest, EachKindHasItsTitleIconAndButtonsAndSitsOnTheStack)
-{
-    const struct {
-        std::function<void()> show;
-        const char *title, *look, *text, *answer;
-    } cases[] = {
-        {[] { ov_message_show("Saved."); }, "Message", " | _OK", "Saved.", "_OK"},
-        {[] { ov_message_show_warning("Careful."); }, "Warning", "dialog-warning | _Close", "Careful.",
-         "_Close"},
-        {[] { ov_message_show_error_utf8_printf("Missing <b>%s</b> & more", "tag"); }, "Error",
-         "dialog-error | _Close", "Missing <b>tag</b> & more", "_Close"},
-        {[] { ov_message_show_unknown_error(); }, "Error", "dialog-error | _Close", ov_error_message_unknown,
-         "_Close"},
-        // Untitled, with the caller's buttons; gives the response clicked.
-        {[] {
-             GtkWidget *dialog = ov_message_create_question_dialog_utf8_printf(nullptr, "Save %s?", "it");
-             gtk_dialog_add_button(GTK_DIALOG(dialog), "Save", 1);
-             gtk_dialog_add_button(GTK_DIALOG(dialog), "Close without saving", 2);
-             EXPECT_EQ(ov_message_run_and_destroy_dialog(dialog), 2);
-         },
-         "Question", "dialog-question | Save Close without saving", "Save it?", "Close without saving"},
-    };
-    ov_error_clear();
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.text);
-        ov::test::Script script;
-        script.when_window(c.title, [&] {
-            GtkWindow *box = ov::test::top_window();
-            EXPECT_EQ(ov_window_stack_get_top_window(), box);
-            EXPECT_EQ(icons_and_buttons(), c.look);
-            // Shown as it is, markup and all.
-            EXPECT_NE(ov::test::find_label(GTK_WIDGET(box), c.text), nullptr)
-                << ov::test::label_texts(GTK_WIDGET(box));
-            ov::test::click_button(c.answer);
-        });
-        c.show();
-        EXPECT_EQ(ov_window_stack_get_top_window(), GTK_WINDOW(main_));
-    }
-}
-
 TEST_F(MessageTest, YesNoGivesTheAnswerClickedOrTheDefaultWhenClosedOtherwise)
 {
     enum Action { YES, NO, CLOSE, ENTER };
@@ -102,14 +60,20 @@ TEST_F(MessageTest, YesNoGivesTheAnswerClickedOrTheDefaultWhenClosedOtherwise)
         Action action;
         gboolean expected;
     } cases[] = {
-        {FALSE, FALSE, YES, TRUE},   {TRUE, TRUE, NO, FALSE},    {TRUE, FALSE, CLOSE, TRUE},
-        {FALSE, TRUE, CLOSE, FALSE}, {TRUE, FALSE, ENTER, TRUE}, {FALSE, FALSE, ENTER, FALSE},
+        {FALSE, FALSE, YES, TRUE},
+        {TRUE, TRUE, NO, FALSE},
+        {TRUE, FALSE, CLOSE, TRUE},
+        {FALSE, FALSE, ENTER, FALSE},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::to_string(c.default_answer) + " " + std::to_string(c.action));
         ov::test::Script script;
         script.when_window("Question", [&] {
             GtkWindow *box = ov::test::top_window();
+            EXPECT_EQ(ov_window_stack_get_top_window(), box);
+            // Shown as it is, markup and all.
+            EXPECT_NE(ov::test::label_texts(GTK_WIDGET(box)).find("Delete this <b>row</b>?"),
+                      std::string::npos);
             EXPECT_EQ(icons_and_buttons(),
                       c.warning ? "dialog-warning | _No _Yes" : "dialog-question | _No _Yes");
             GtkWidget *focus = gtk_window_get_focus(box);
@@ -120,8 +84,8 @@ TEST_F(MessageTest, YesNoGivesTheAnswerClickedOrTheDefaultWhenClosedOtherwise)
             else
                 ov::test::click_button(c.action == YES ? "Yes" : "No");
         });
-        EXPECT_EQ(
-            ov_message_ask_yes_no_question_utf8_printf(c.default_answer, c.warning, "Delete this %s?", "row"),
-            c.expected);
+        EXPECT_EQ(ov_message_ask_yes_no_question_utf8_printf(c.default_answer, c.warning, "Delete this %s?",
+                                                             "<b>row</b>"),
+                  c.expected);
     }
 }
