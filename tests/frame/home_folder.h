@@ -4,8 +4,6 @@
 
 #include "frame/frame_test_support.h"
 
-#include <glib.h>
-
 #include <string>
 
 namespace ov::test
@@ -26,9 +24,7 @@ class HomeFolder
     HomeFolder &operator=(const HomeFolder &) = delete;
 
     const std::string &home() const { return home_; }
-    const std::string &config() const { return config_; }
     std::string file(const char *name) const { return dir_.file(name); }
-    std::string pointer_file() const { return config_ + "/orvane/orvane.xml"; }
 
   private:
     TempDir dir_;

@@ -135,16 +135,6 @@ TEST(Settings, LoadSkipsWhatItCannotReadAndRefusesBrokenFiles)
     });
 }
 
-TEST(Settings, RecentCustomRemarksKeepTheNewestFive)
-{
-    with_settings([](const std::string &) {
-        for (const char *code : {"1", "2", "3", "4", "5", "6", "2"})
-            record_remark(code, "x");
-        record_remark("2", "y"); // another description: another entry
-        EXPECT_EQ(recent_remarks(), "2:y 2:x 6:x 5:x 4:x");
-    });
-}
-
 TEST(Settings, FailedSaveKeepsTheOldFile)
 {
     with_settings([](const std::string &path) {

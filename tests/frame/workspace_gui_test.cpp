@@ -1,11 +1,8 @@
-// The new-workspace assistant and the user session, driven as a user would.
+// The new-workspace assistant, driven as a user would.
 #include "frame/home_folder.h"
 #include "support/gui_driver.h"
 
-#include "frame/settings.h"
-#include "frame/user_session.h"
 #include "frame/window_stack.h"
-#include "frame/workspace.h"
 #include "frame/workspace_gui.h"
 
 #include <gtest/gtest.h>
@@ -67,29 +64,9 @@ TEST_F(WorkspaceGuiTest, RefusesABadLocationThenCreatesTheWorkspace)
     EXPECT_TRUE(ov_workspace_gui_create_workspace());
     EXPECT_TRUE(script.done());
     EXPECT_NE(message.find("There is already a folder or a file with that name."), std::string::npos);
-    EXPECT_NE(read_file(home_.pointer_file()).find(home_.file("My Workspace") + "\""), std::string::npos);
+    EXPECT_NE(read_file(home_.file("config/orvane/orvane.xml")).find(home_.file("My Workspace") + "\""),
+              std::string::npos);
     EXPECT_EQ(ov_window_stack_get_depth(), 0);
-}
-
-// An existing workspace opens without the assistant; unreadable settings
-// give a warning and the session goes on with the defaults.
-TEST_F(WorkspaceGuiTest, SessionWarnsOfUnreadableSettingsAndGoesOn)
-{
-    const std::string workspace = home_.home() + "/Orvane Workspace";
-    make_folder(workspace);
-    write_file(workspace + "/settings.xml", "<settings><left-handed active=\"true\"");
-    std::string warning;
-    Script script;
-    script.when_window("Warning", [&] {
-        warning = label_texts(GTK_WIDGET(top_window()));
-        click_button("_Close");
-    });
-    ASSERT_TRUE(ov_user_session_start());
-    EXPECT_NE(warning.find("Something went wrong when reading your personal settings."), std::string::npos);
-    EXPECT_FALSE(ov_settings_get_left_handed());
-    EXPECT_STREQ(ov_workspace_get_workspace_folder_path(), workspace.c_str());
-    ov_user_session_end();
-    EXPECT_EQ(ov_workspace_get_workspace_folder_path(), nullptr);
 }
 
 } // namespace
