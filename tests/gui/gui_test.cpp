@@ -41,11 +41,6 @@ GtkWidget *build_menu()
 
 TEST(GuiMenus, ItemsCarryDataAndRunReturnsAfterTheMenuClosed)
 {
-    auto *menu = GTK_MENU(g_object_ref_sink(build_menu()));
-    EXPECT_EQ(menu_labels(menu, true), "Edit row header|-|Kräkelyr|Locked(off)|Show codes");
-    gtk_widget_destroy(GTK_WIDGET(menu));
-    g_object_unref(menu);
-
     // At the pointer, or below the anchor and as wide as it; chosen or dismissed.
     TestWindow w;
     GtkWidget *anchor = ov_gui_pack_button(GTK_BOX(w.box), "A rather wide language button", FALSE);
@@ -59,6 +54,7 @@ TEST(GuiMenus, ItemsCarryDataAndRunReturnsAfterTheMenuClosed)
         Script script;
         script.when_menu([&] {
             GtkWidget *open = GTK_WIDGET(open_menu());
+            EXPECT_EQ(menu_labels(GTK_MENU(open), true), "Edit row header|-|Kräkelyr|Locked(off)|Show codes");
             menu_width = gtk_widget_get_allocated_width(open);
             gdk_window_get_origin(gtk_widget_get_window(gtk_widget_get_toplevel(open)), nullptr, &menu_y);
             gdk_window_get_origin(gtk_widget_get_window(anchor), nullptr, &anchor_y);

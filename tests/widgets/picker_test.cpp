@@ -81,17 +81,13 @@ TEST(LocalePicker, LabelShowsTheSelectionAndPressingPicksFromTheMenuAtThePicker)
     for (const char *tag : {"sv", "da", "sv-fi", "da"})
         ov_locale_picker_insert_primary_locale(p, locale(tag));
     std::string labels;
-    bool pressed_while_open = false;
     Script script;
     script.when_menu([&] {
         labels = menu_labels(open_menu());
-        pressed_while_open = gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(p));
         activate_menu_item("Swedish (Finland) [0%]");
     });
     click(GTK_WIDGET(p));
     EXPECT_EQ(labels, "Danish [25%]|Swedish (Finland) [0%]|Swedish (Sweden) [75%]|-|All languages >");
-    EXPECT_TRUE(pressed_while_open);
-    EXPECT_FALSE(gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(p)));
     EXPECT_EQ(picked, "en-us sv-fi");
 }
 
@@ -99,20 +95,17 @@ TEST(LocalePicker, LabelShowsTheSelectionAndPressingPicksFromTheMenuAtThePicker)
 // returning a choice made the picker relabel destroyed widgets.
 TEST(LocalePicker, WindowClosedWhileTheMenuReturnsLeavesThePickerAlone)
 {
-    GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    GtkWidget *picker = ov_locale_picker_new();
+    auto *w = new TestWindow;
+    GtkWidget *picker = w->pack(ov_locale_picker_new());
     ov_locale_picker_insert_primary_locale(OV_LOCALE_PICKER(picker), locale("sv"));
-    gtk_container_add(GTK_CONTAINER(window), picker);
-    gtk_widget_show(picker);
-    show_and_wait(window);
+    w->show();
     Script script;
     script.when_menu([&] {
         activate_menu_item("Swedish (Sweden)");
-        gtk_widget_destroy(window);
+        delete w;
     });
     click(picker);
     EXPECT_TRUE(script.done());
-    flush_events();
 }
 
 TEST(ListControlPanel, ButtonStatesFollowTheSelectionMovesAndRemoval)
