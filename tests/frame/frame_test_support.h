@@ -25,17 +25,22 @@ inline void make_folder(const std::string &path)
     g_mkdir_with_parents(path.c_str(), 0700);
 }
 
+// Points GLib's home and configuration folders, and the variables naming them, there.
+inline void point_home_at(const std::string &home, const std::string &config)
+{
+    g_setenv("HOME", home.c_str(), TRUE);
+    g_setenv("XDG_CONFIG_HOME", config.c_str(), TRUE);
+    g_set_user_dirs("HOME", home.c_str(), "XDG_CONFIG_HOME", config.c_str(), nullptr);
+}
+
 // Runs body in a child with home dir/home (created) and configuration folder
 // dir/config (not created); fails on a failed expectation or a leak there.
 inline void run_with_home(const std::function<void(const TempDir &dir)> &body)
 {
     TempDir dir;
-    const std::string home = dir.file("home"), config = dir.file("config");
     EXPECT_EQ(run_in_child([&] {
-                  make_folder(home);
-                  g_setenv("HOME", home.c_str(), TRUE);
-                  g_setenv("XDG_CONFIG_HOME", config.c_str(), TRUE);
-                  g_set_user_dirs("HOME", home.c_str(), "XDG_CONFIG_HOME", config.c_str(), nullptr);
+                  make_folder(dir.file("home"));
+                  point_home_at(dir.file("home"), dir.file("config"));
                   body(dir);
                   bool ok = !::testing::Test::HasFailure();
 #if defined(__SANITIZE_ADDRESS__)

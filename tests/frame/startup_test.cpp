@@ -5,7 +5,6 @@
 
 #include "core/error.h"
 #include "core/raii.h"
-#include "frame/exe_launcher.h"
 #include "frame/resources.h"
 #include "frame/startup.h"
 
@@ -32,16 +31,10 @@ TEST(StartupTest, PreparesIconsAndFontAndReleasesThemAgain)
 {
     EXPECT_EQ(ov::test::run_in_child([] {
                   bool ok = ov_startup_prepare() && ov_startup_prepare() && ov_startup_is_successful();
-                  struct Expected {
-                      OvImage *image;
-                      int width, height;
-                  };
-                  for (const Expected &e : {Expected{ov_get_checkbox_icon_image(FALSE), 13, 13},
-                                            Expected{ov_get_checkbox_icon_image(TRUE), 13, 13},
-                                            Expected{ov_get_text_tab_menu_icon_image(), 11, 9}})
-                      ok = ok && e.image != nullptr && ov_image_get_width(e.image) == e.width &&
-                           ov_image_get_height(e.image) == e.height;
-                  ok = ok && ov_get_checkbox_icon_image(TRUE) != ov_get_checkbox_icon_image(FALSE);
+                  OvImage *tab = ov_get_text_tab_menu_icon_image();
+                  ok = ok && tab != nullptr && ov_image_get_width(tab) == 11 &&
+                       ov_image_get_height(tab) == 9 &&
+                       ov_get_checkbox_icon_image(TRUE) != ov_get_checkbox_icon_image(FALSE);
 
                   // Text drawn with the face leaves cairo holding it past
                   // shutdown, which must still free it without a crash.
@@ -59,10 +52,7 @@ TEST(StartupTest, PreparesIconsAndFontAndReleasesThemAgain)
                   ov_startup_release(&configuration);
                   ok = ok && text_drawing_clean_ups == 1 && !ov_startup_is_successful() &&
                        ov_get_checkbox_icon_image(TRUE) == nullptr && ov_get_view_font_face() == nullptr;
-                  // Releasing twice, and starting again after a release, work.
-                  ov_startup_release(nullptr);
-                  ok = ok && ov_startup_prepare() && ov_get_text_tab_menu_icon_image() != nullptr;
-                  ov_startup_release(nullptr);
+                  ov_startup_release(nullptr); // twice is harmless
                   return ok;
               }),
               0);
@@ -70,32 +60,17 @@ TEST(StartupTest, PreparesIconsAndFontAndReleasesThemAgain)
 
 TEST(StartupTest, ResourceFailuresNameTheResource)
 {
-    ov_resources_clean_up();
-    EXPECT_EQ(ov_resources_read_entry("checkbox_on.png"), nullptr);
     ASSERT_TRUE(ov_resources_open());
-    ASSERT_TRUE(ov_resources_open());
-    struct Case {
-        const char *entry;
-        bool as_image;
-        const char *sentence;
-    };
-    for (const Case &c : {Case{"missing.png", true, "Could not load image resource."},
-                          Case{"checkbox_on.png", false, "Could not open XML resource."},
-                          Case{"missing.xml", false, "Could not open XML resource."}}) {
-        SCOPED_TRACE(c.entry);
-        ov_error_clear();
-        if (c.as_image) {
-            EXPECT_EQ(ov_resources_load_image(c.entry, OV_FILE_TYPE_PNG), nullptr);
-        } else {
-            EXPECT_EQ(ov_resources_load_xml_doc(c.entry), nullptr);
-        }
-        EXPECT_TRUE(has_top_sentence(c.sentence)) << ov_error_get();
-    }
-    // A PNG entry read as another kind of image is refused by the reader.
+    ov_error_clear();
+    EXPECT_EQ(ov_resources_load_image("missing.png", OV_FILE_TYPE_PNG), nullptr);
+    EXPECT_TRUE(has_top_sentence("Could not load image resource.")) << ov_error_get();
+    // A PNG entry read as XML or as another kind of image is refused by the reader.
+    ov_error_clear();
+    EXPECT_EQ(ov_resources_load_xml_doc("checkbox_on.png"), nullptr);
+    EXPECT_TRUE(has_top_sentence("Could not open XML resource.")) << ov_error_get();
     ov_error_clear();
     EXPECT_EQ(ov_resources_load_image("checkbox_on.png", OV_FILE_TYPE_JPEG), nullptr);
     EXPECT_TRUE(has_top_sentence("Could not load image resource."));
-    ov_resources_clean_up();
     ov_resources_clean_up();
     ov_error_clear();
 }
@@ -120,17 +95,12 @@ TEST(StartupTest, CleansUpOnlyStaleTemporaryFiles)
     };
     const Case cases[] = {
         {"orvane-" + std::to_string(gone) + ".123.out", false},
-        {"orvane-" + std::to_string(gone) + ".123.odt", false},
         {"orvane-" + std::to_string(pid) + "." + std::to_string(own_stamp) + ".odt", true},
         {"orvane-" + std::to_string(pid) + "." + std::to_string(own_stamp + 1) + ".odt", false},
         {"orvane-0.5.out", false},
         // Names outside the pattern, or too big to be a number, stay.
-        {"orvane-" + std::to_string(gone) + ".123.txt", true},
         {"orvane-" + std::to_string(gone) + ".123.odt.bak", true},
-        {"xorvane-" + std::to_string(gone) + ".123.odt", true},
-        {"orvane-" + std::to_string(gone) + ".99999999999999999999.odt", true},
         {"orvane-99999999999999999999999.1.odt", true},
-        {"orvane-.1.odt", true},
     };
     for (const Case &c : cases)
         ov::test::write_file(dir.file(c.name), "x");
@@ -140,23 +110,6 @@ TEST(StartupTest, CleansUpOnlyStaleTemporaryFiles)
 
     EXPECT_FALSE(ov_startup_clean_up_temp_files_in(dir.file("absent").c_str()));
     EXPECT_TRUE(has_top_sentence("Couldn't open temp files folder."));
-    ov_error_clear();
-}
-
-// Sibling tools are executables beside ours; a missing one is reported
-// before anything is started.
-TEST(StartupTest, SiblingToolsAreExecutablesBesideOurs)
-{
-    for (const auto &[tool, exe] :
-         {std::pair{"Orvane Editor", "orvane-editor"},
-          std::pair{"Orvane Remark Codeset Editor", "orvane-remark-codeset-editor"}}) {
-        ov::GStr name(ov_exe_get_executable_name(tool));
-        EXPECT_STREQ(name.get(), exe);
-    }
-    ov_error_clear();
-    EXPECT_FALSE(ov_exe_launch_layout_editor("/some/file.layout"));
-    EXPECT_TRUE(has_top_sentence("Couldn't find the program: ")) << ov_error_get();
-    EXPECT_NE(std::string(ov_error_get()).find("/orvane-layout-editor"), std::string::npos);
     ov_error_clear();
 }
 

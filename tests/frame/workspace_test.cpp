@@ -8,7 +8,6 @@
 
 #include <glib/gstdio.h>
 
-#include <functional>
 #include <set>
 #include <string>
 #include <tuple>
@@ -42,11 +41,7 @@ TEST(Workspace, PointerFileAndOpeningTheSavedOrTheDefaultFolder)
                                       "<orvane>\n  <workspace path=\"/w/My Wörk//\"/>\n</orvane>\n");
         EXPECT_TRUE(ov_workspace_get_saved_folder_path(&path));
         EXPECT_STREQ(ov::GStr(path).get(), "/w/My Wörk");
-        for (const char *broken : {"<orvane", "<orvane/>", "<orvane><workspace/></orvane>",
-                                   "<orvane><workspace path=\"\"/></orvane>",
-                                   "<orvane><workspace path=\"/a\"/><workspace path=\"/b\"/></orvane>",
-                                   "<orvane><workspace path=\"//\"/></orvane>",
-                                   "<orvane><workspace path=\"Orvane Workspace\"/></orvane>"}) {
+        for (const char *broken : {"<orvane", "<orvane><workspace path=\"Orvane Workspace\"/></orvane>"}) {
             write_file(pointer, broken);
             EXPECT_FALSE(ov_workspace_get_saved_folder_path(&path)) << broken;
             EXPECT_EQ(path, nullptr);
@@ -56,34 +51,19 @@ TEST(Workspace, PointerFileAndOpeningTheSavedOrTheDefaultFolder)
         EXPECT_TRUE(ov_workspace_save_folder_path(nullptr) && ov_workspace_save_folder_path(nullptr));
         EXPECT_FALSE(file_exists(pointer));
 
+        // A file where the workspace or one of its folders belongs is refused.
         const std::string workspace = dir.file("home/Orvane Workspace");
-        EXPECT_EQ(ov::gstr(ov_workspace_get_default_folder_path()).get(), workspace);
-        const std::function<void()> refusals[] = {
-            [] {},                               // no folder
-            [&] { write_file(workspace, "x"); }, // a file instead of the folder
-            [&] {                                // a file named layouts
-                g_unlink(workspace.c_str()), make_folder(workspace), write_file(workspace + "/layouts", "x");
-            }};
-        for (const auto &refuse : refusals) {
-            refuse();
-            ov_error_clear();
-            EXPECT_FALSE(ov_workspace_open());
-            EXPECT_STRNE(ov_error_get(), "");
-            EXPECT_EQ(ov_workspace_get_codesets_folder_path(), nullptr); // nothing kept
-        }
+        make_folder(workspace);
+        write_file(workspace + "/layouts", "x");
+        EXPECT_FALSE(ov_workspace_open());
+        EXPECT_STRNE(ov_error_get(), "");
+        EXPECT_EQ(ov_workspace_get_codesets_folder_path(), nullptr); // nothing kept
         g_unlink((workspace + "/layouts").c_str());
 
         EXPECT_TRUE(ov_workspace_open()) << ov_error_get();
-        const std::pair<const char *(*)(), const char *> folders[] = {
-            {ov_workspace_get_codesets_folder_path, "codesets"},
-            {ov_workspace_get_layouts_folder_path, "layouts"},
-            {ov_workspace_get_templates_folder_path, "templates"},
-            {ov_workspace_get_font_files_folder_path, "fonts"},
-            {ov_workspace_get_object_files_folder_path, "documents"}};
-        for (const auto &[get, name] : folders) {
-            EXPECT_EQ(get(), workspace + "/" + name);
-            EXPECT_EQ(g_file_test(get(), G_FILE_TEST_IS_DIR), name != std::string("fonts")) << name;
-        }
+        EXPECT_EQ(ov_workspace_get_object_files_folder_path(), workspace + "/documents");
+        EXPECT_TRUE(g_file_test(ov_workspace_get_templates_folder_path(), G_FILE_TEST_IS_DIR));
+        EXPECT_FALSE(g_file_test(ov_workspace_get_font_files_folder_path(), G_FILE_TEST_IS_DIR));
         EXPECT_FALSE(file_exists(pointer)); // opening never writes it
         ov_workspace_close();
 
@@ -105,48 +85,32 @@ TEST(Workspace, CreateInstallsTheShippedFilesWithoutOverwritingAndSavesThePointe
         make_installation(dir);
         const std::string folder = dir.file("home/W/");
         EXPECT_TRUE(ov_workspace_create((folder + "/").c_str())) << ov_error_get();
-        for (const char *name : {"codesets/a.codeset", "layouts/standard.layout", "templates/paper.template"})
-            EXPECT_EQ(read_file(folder + name), std::string("shipped ") + name);
+        EXPECT_EQ(read_file(folder + "layouts/standard.layout"), "shipped layouts/standard.layout");
         EXPECT_FALSE(file_exists(folder + "layouts/subfolder"));
         EXPECT_TRUE(ov_workspace_open());
         EXPECT_EQ(ov_workspace_get_workspace_folder_path() + std::string("/"), folder);
         ov_workspace_close();
-        ov_error_clear();
         EXPECT_FALSE(ov_workspace_create(folder.c_str())); // exists already
-        EXPECT_STRNE(ov_error_get(), "");
 
         write_file(folder + "templates/paper.template", "the user's");
         g_unlink((folder + "templates/painting.template").c_str());
         EXPECT_TRUE(ov_workspace_install_components(folder.c_str(), "templates"));
         EXPECT_EQ(read_file(folder + "templates/paper.template"), "the user's");
         EXPECT_EQ(read_file(folder + "templates/painting.template"), "shipped templates/painting.template");
-        EXPECT_TRUE(ov_workspace_install_components(folder.c_str(), "fonts")); // nothing shipped
+        ov_error_clear();
     });
 }
 
 TEST(Workspace, FailedCreateUndoesEveryStep)
 {
-    const std::pair<const char *, std::function<void(const TempDir &)>> breakers[] = {
-        {"",
-         [](const TempDir &dir) { // the templates cannot be copied
-             for (const char *name : {"/painting.template", "/paper.template", ""})
-                 g_remove(dir.file(std::string("install/templates") + name).c_str());
-             write_file(dir.file("install/templates"), "not a folder");
-         }},
-        {"Error creating/accessing directory for settings in user config dir.",
-         [](const TempDir &dir) { write_file(dir.file("config/orvane"), "x"); }},
-    };
-    for (const auto &[message, break_it] : breakers) {
-        run_with_home([&](const TempDir &dir) {
-            make_installation(dir);
-            make_folder(dir.file("config"));
-            break_it(dir);
-            EXPECT_FALSE(ov_workspace_create(dir.file("home/W").c_str()));
-            EXPECT_TRUE(*ov_error_get() != '\0' && g_str_has_prefix(ov_error_get(), message));
-            EXPECT_FALSE(file_exists(dir.file("home/W")));
-            EXPECT_FALSE(file_exists(dir.file("config/orvane/orvane.xml")));
-        });
-    }
+    run_with_home([&](const TempDir &dir) {
+        make_installation(dir);
+        make_folder(dir.file("config"));
+        write_file(dir.file("config/orvane"), "x"); // no folder for the pointer file
+        EXPECT_FALSE(ov_workspace_create(dir.file("home/W").c_str()));
+        EXPECT_TRUE(g_str_has_prefix(ov_error_get(), "Error creating/accessing directory for settings"));
+        EXPECT_FALSE(file_exists(dir.file("home/W")));
+    });
 }
 
 TEST(Workspace, LayoutUpgradesReplaceOnlyUnchangedEarlierEditions)
@@ -155,29 +119,19 @@ TEST(Workspace, LayoutUpgradesReplaceOnlyUnchangedEarlierEditions)
         make_installation(dir);
         const std::string layouts = dir.file("home/Orvane Workspace/layouts/");
         make_folder(layouts);
-        write_file(layouts + "standard.layout", "old standard");
-        EXPECT_TRUE(ov_workspace_open()); // the suite's own sums: of files we do not have
-        EXPECT_EQ(read_file(layouts + "standard.layout"), "old standard");
-
+        EXPECT_TRUE(ov_workspace_open());
         auto md5 = [](const char *text) {
             return ov::gstr(g_compute_checksum_for_string(G_CHECKSUM_MD5, text, -1));
         };
-        const ov::GStr standard = md5("old standard"), modern = md5("old modern"), simple = md5("old simple");
-        const OvLayoutEdition editions[] = {{"bundled_modern.layout", modern.get()},
-                                            {"bundled_simple.layout", simple.get()},
-                                            {"bundled_grey_blocks.layout", modern.get()}};
+        const ov::GStr standard = md5("old standard"), modern = md5("old modern");
+        const OvLayoutEdition editions[] = {{"bundled_modern.layout", modern.get()}};
         const std::tuple<const char *, const char *, bool> copies[] = {
-            {"standard.layout", "old standard", true},
-            {"bundled_modern.layout", "old modern", true},
-            {"bundled_simple.layout", "old simple", false}, // not shipped any more
-            {"standard.layout", "changed", false},
-            {"bundled_modern.layout", "changed", false}};
+            {"bundled_modern.layout", "old modern", true}, {"standard.layout", "changed", false}};
         for (const auto &[name, text, replaced] : copies) {
             write_file(layouts + name, text);
-            ov_workspace_upgrade_layouts(standard.get(), editions, 3);
+            ov_workspace_upgrade_layouts(standard.get(), editions, 1);
             EXPECT_EQ(read_file(layouts + name), replaced ? std::string("shipped layouts/") + name : text);
         }
-        EXPECT_FALSE(file_exists(layouts + "bundled_grey_blocks.layout"));
         ov_workspace_close();
     });
 }
@@ -186,8 +140,8 @@ TEST(Workspace, RefreshReportsAddedChangedAndRemovedObjectFiles)
 {
     run_with_home([&](const TempDir &dir) {
         const std::string documents = dir.file("home/Orvane Workspace/documents/");
-        make_folder(documents + "D.orvane"); // a folder, a bad name, another type, no name: ignored
-        for (const char *name : {"A.orvane", "B`2fC.orvane", "bad`zz.orvane", "note.txt", ".orvane"})
+        make_folder(documents + "D.orvane"); // a folder, a bad name, another type: ignored
+        for (const char *name : {"A.orvane", "B`2fC.orvane", "bad`zz.orvane", "note.txt"})
             write_file(documents + name, "x");
         EXPECT_TRUE(ov_workspace_open());
         static std::set<std::string> events;
@@ -209,11 +163,6 @@ TEST(Workspace, RefreshReportsAddedChangedAndRemovedObjectFiles)
         utime((documents + "A.orvane").c_str(), &times);
         g_unlink((documents + "B`2fC.orvane").c_str());
         EXPECT_EQ(refresh(), (Events{"changed A", "removed B/C"}));
-
-        EXPECT_TRUE(ov_workspace_get_object_file_status("A"));
-        EXPECT_FALSE(ov_workspace_get_object_file_status("B/C"));
-        EXPECT_EQ(ov::gstr(ov_workspace_create_object_file_path("B/C")).get(), documents + "B`2fC.orvane");
-        EXPECT_TRUE(ov_workspace_has_object_file_path((documents + "A.orvane").c_str()));
         ov_workspace_close();
     });
 }

@@ -277,17 +277,30 @@ GtkWidget *find_menu_item(GtkMenu *menu, const char *label)
     return nullptr;
 }
 
+namespace
+{
+
+// The sensitive item of that label in menu; fails the test when there is none.
+GtkWidget *sensitive_item(GtkMenu *menu, const char *label)
+{
+    GtkWidget *item = menu != nullptr ? find_menu_item(menu, label) : nullptr;
+    if (item != nullptr && gtk_widget_is_sensitive(item))
+        return item;
+    ADD_FAILURE() << "No sensitive menu item \"" << label
+                  << "\" in: " << (menu != nullptr ? menu_labels(menu) : "(no open menu)");
+    return nullptr;
+}
+
+} // namespace
+
 void activate_menu_item(const char *path)
 {
     GtkMenu *menu = open_menu();
     ov::GStrv parts(g_strsplit(path, "/", -1));
     for (char **part = parts.get(); *part != nullptr; ++part) {
-        GtkWidget *item = menu != nullptr ? find_menu_item(menu, *part) : nullptr;
-        if (item == nullptr || !gtk_widget_is_sensitive(item)) {
-            ADD_FAILURE() << "No sensitive menu item \"" << *part
-                          << "\" in: " << (menu != nullptr ? menu_labels(menu) : "(no open menu)");
+        GtkWidget *item = sensitive_item(menu, *part);
+        if (item == nullptr)
             return;
-        }
         if (part[1] == nullptr)
             gtk_menu_shell_activate_item(GTK_MENU_SHELL(menu), item, TRUE);
         else
@@ -299,12 +312,9 @@ void activate_menu_item(const char *path)
 void choose_menu_item_by_keys(const char *label)
 {
     GtkMenu *menu = open_menu();
-    GtkWidget *item = menu != nullptr ? find_menu_item(menu, label) : nullptr;
-    if (item == nullptr || !gtk_widget_is_sensitive(item)) {
-        ADD_FAILURE() << "No sensitive menu item \"" << label
-                      << "\" in: " << (menu != nullptr ? menu_labels(menu) : "(no open menu)");
+    GtkWidget *item = sensitive_item(menu, label);
+    if (item == nullptr)
         return;
-    }
     GdkWindow *window = gtk_widget_get_window(gtk_widget_get_toplevel(GTK_WIDGET(menu)));
     // Down passes over separators and insensitive items; the list wraps.
     for (int presses = 0; gtk_menu_shell_get_selected_item(GTK_MENU_SHELL(menu)) != item; ++presses) {
@@ -355,13 +365,6 @@ GtkWidget *find_button(GtkWidget *root, const char *label)
     });
 }
 
-GtkWidget *find_label(GtkWidget *root, const char *text)
-{
-    return walk(root, [&](GtkWidget *w) {
-        return GTK_IS_LABEL(w) && same_label(gtk_label_get_text(GTK_LABEL(w)), text);
-    });
-}
-
 std::string label_texts(GtkWidget *root)
 {
     return joined_labels(root, "|", true);
@@ -376,7 +379,10 @@ GtkWidget *find_tab(GtkWidget *root, const char *text)
         auto *notebook = GTK_NOTEBOOK(w);
         for (int i = 0; i < gtk_notebook_get_n_pages(notebook) && tab == nullptr; ++i) {
             GtkWidget *label = gtk_notebook_get_tab_label(notebook, gtk_notebook_get_nth_page(notebook, i));
-            if (label != nullptr && find_label(label, text) != nullptr)
+            if (label != nullptr && walk(label, [&](GtkWidget *l) {
+                                        return GTK_IS_LABEL(l) &&
+                                               same_label(gtk_label_get_text(GTK_LABEL(l)), text);
+                                    }) != nullptr)
                 tab = label;
         }
         return tab != nullptr;
@@ -483,7 +489,6 @@ std::vector<std::string> row_texts(GtkTreeView *view, GtkTreeIter *iter)
     return texts;
 }
 
-// The texts of the row's columns joined with ", ".
 std::string row_text(GtkTreeView *view, GtkTreeIter *iter)
 {
     std::string row;

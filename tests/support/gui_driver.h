@@ -1,18 +1,16 @@
-// Drives real windows from a test the way a user would: a script of steps
-// runs from a timeout on whatever main loop is current (the nested loop of
-// a window, a dialog or a menu), each step waiting until its condition holds,
-// then finding a window, a button, a menu item or an entry by its label and
-// clicking, activating or typing.
+// Drives real windows the way a user would: a script of steps runs on
+// whatever main loop is current (a window's, a dialog's, a menu's), each step
+// waiting until its condition holds, then finding a window, button, menu item
+// or entry by its label and clicking, activating or typing.
 //
 //   ov::test::Script script;
 //   script.when_window("Question", [] { ov::test::click_button("_Yes"); });
 //   gboolean answer = ov_message_ask_yes_no_question(FALSE, FALSE, "Delete?");
 //
-// A step that does not come true within ten seconds (or the limit given) fails the test, naming
-// the step, and closes every window and menu so that the code under test
-// returns. The watch goes on after the last step until the script ends: code
-// that does not return within ten seconds of it fails the same way, and code
-// that still does not return after the closing aborts the test program.
+// A step not come true within the limit (ten seconds), or code that does not
+// return within it after the last step, fails the test naming the step and
+// closes every window and menu; if even that does not end the loop, the test
+// program aborts.
 #pragma once
 
 #include <gtk/gtk.h>
@@ -25,25 +23,21 @@
 namespace ov::test
 {
 
-// The window a user sees on top: the window stack's busy window or top
-// window, or a visible dialog that is transient for it (a file chooser run
-// outside the stack); null when nothing is shown.
+// The window on top: the stack's busy or top window, or a dialog transient
+// for it (a file chooser run outside the stack); null when nothing is shown.
 GtkWindow *top_window();
 bool window_shown(const char *title); // top_window() has that title
 
 // The innermost open popup menu (a submenu when one is open), or null.
 GtkMenu *open_menu();
 bool menu_shown();
-// The labels of a menu's items joined with '|'; a separator is "-", an item
-// with a submenu ends in " >"; with states an insensitive item in "(off)".
+// Item labels joined with '|': separator "-", submenu " >", with states "(off)".
 std::string menu_labels(GtkMenu *menu, bool states = false);
 GtkWidget *find_menu_item(GtkMenu *menu, const char *label);
-// Activates an item of the open menus as a click would, opening submenus
-// along a path such as "All languages/Swedish/Finland". Fails the test when
-// the item is missing or insensitive.
+// Activates an item along a path such as "All languages/Swedish/Finland";
+// fails the test when it is missing or insensitive.
 void activate_menu_item(const char *path);
-// Selects an item of the innermost open menu with Down and activates it
-// with Return, without a pointer event.
+// Selects an item of the innermost menu with Down, activates it with Return.
 void choose_menu_item_by_keys(const char *label);
 void dismiss_menu(); // Escape in the innermost open menu
 
@@ -52,12 +46,10 @@ GtkWidget *find_widget(GtkWidget *root, const std::function<bool(GtkWidget *)> &
 std::vector<GtkWidget *> find_widgets(GtkWidget *root, const std::function<bool(GtkWidget *)> &predicate);
 // Labels match without mnemonic underscores and markup: "_Yes" finds "Yes".
 GtkWidget *find_button(GtkWidget *root, const char *label);
-GtkWidget *find_label(GtkWidget *root, const char *text);
 std::string label_texts(GtkWidget *root); // the visible labels joined with '|'
-// The tab of the first notebook page inside root whose tab holds a label
-// with that text, or null; a click in its middle switches to the page.
+// The tab of a notebook inside root labelled text, or null; the texts of the
+// first notebook's tabs joined with '|'.
 GtkWidget *find_tab(GtkWidget *root, const char *text);
-// The texts of the tabs of the first notebook inside root, joined with '|'.
 std::string tab_texts(GtkWidget *root);
 
 // User actions; the forms without a widget act on top_window().
@@ -66,17 +58,13 @@ void click(GtkWidget *widget); // the first mouse button in the widget's middle
 void click_at(GtkWidget *widget, int x, int y, bool twice = false);
 void click_button(const char *label);
 void click_button_in(GtkWidget *root, const char *label);
-// The first tree view inside root: the texts its rows show, one row per
-// entry joined with '|', the columns of a row with ", ".
+// The first tree view inside root: its rows joined with '|', a row's columns
+// with ", "; a click on the row showing text in its first column or in all.
 std::string list_rows(GtkWidget *root);
-// Clicks the first row of the first tree view inside root that shows text
-// in its first column or in all ("Checkbox, Tick"); fails the test when
-// there is none. Double clicks with twice.
 void click_list_row(GtkWidget *root, const char *text, bool twice = false);
 // A key press and release sent to the widget's window, focused on widget.
 void press_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers = GdkModifierType(0));
-// Presses without a release, as a key held down repeats them; release_key
-// lets it go.
+// Presses without a release, as a held key repeats; release_key lets it go.
 void hold_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers, int presses);
 void release_key(GtkWidget *widget, guint keyval, GdkModifierType modifiers = GdkModifierType(0));
 void type_text(GtkWidget *widget, const char *text);  // key by key
@@ -94,13 +82,11 @@ class Script
     using Condition = std::function<bool()>;
     using Action = std::function<void()>;
 
-    // Each step, and the return after the last, may take limit_ms.
     explicit Script(guint limit_ms = 10000) : limit_us_(gint64(limit_ms) * 1000) {}
     ~Script();
     Script(const Script &) = delete;
     Script &operator=(const Script &) = delete;
 
-    // what names the step in a failure.
     Script &when(Condition condition, Action action, std::string what = "a condition");
     Script &when_window(const char *title, Action action); // on top
     Script &when_menu(Action action);                      // a popup menu open

@@ -36,16 +36,6 @@ struct TestWindow {
     }
 };
 
-// A list from tags: "sv da".
-inline LocaleListPtr list_of(const char *tags)
-{
-    LocaleListPtr list(ov_locale_list_new());
-    std::istringstream words(tags);
-    for (std::string tag; words >> tag;)
-        ov_locale_list_add_last(list.get(), locale(tag.c_str()));
-    return list;
-}
-
 // Keeps the process-wide system and active locales as they were.
 struct LocaleState {
     const OvLocale *system = ov_get_system_locale();
