@@ -19,7 +19,6 @@ TEST(Raii, OwnedFreesOnceAndNeverNull)
     freed = 0;
     {
         Counted a(new int(1));
-        Counted empty;
         Counted b(std::move(a));
         Counted c(new int(2));
         c.reset();
@@ -28,15 +27,6 @@ TEST(Raii, OwnedFreesOnceAndNeverNull)
         Counted d(raw);
     }
     EXPECT_EQ(freed, 2);
-}
-
-TEST(Raii, OutParameterFillsOwner)
-{
-    ov::GErrorPtr error;
-    gchar *contents = nullptr;
-    EXPECT_FALSE(g_file_get_contents("/nonexistent/ov/file", &contents, nullptr, ov::out(error)));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain, G_FILE_ERROR);
 }
 
 TEST(Raii, ObjectRefCountsReferences)

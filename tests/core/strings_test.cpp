@@ -41,9 +41,6 @@ TEST_F(Strings, AssertionsSayWhatIsWrong)
                                       {"caf\xe9", "Non-ascii byte found where not allowed."},
                                       {"caf\xc3\xa9", "Non-ascii byte found where not allowed."}})
             EXPECT_EQ(asserted(assertion, text), expected) << printable(text);
-    for (auto assertion : {ov_latin1_assert_nonempty, ov_utf8_assert_nonempty})
-        EXPECT_EQ(asserted(assertion, "x") + asserted(assertion, nullptr) + asserted(assertion, ""),
-                  "(same)Text content does not exist.Text content is empty.");
     // Frees only on failure: a leak or a double free shows in the sanitizer run.
     for (auto assertion : {ov_latin1_assert_nonempty_or_free, ov_utf8_assert_nonempty_or_free}) {
         ov::GStr kept(g_strdup("kept"));
@@ -63,15 +60,10 @@ TEST_F(Strings, ReplaceCatSuffixAndWhitespace)
     char text[] = "a.b.c";
     EXPECT_EQ(ov_char_replace_char(text, '.', '/'), text);
     EXPECT_STREQ(text, "a/b/c");
-    for (auto [text, search, replacement, expected] : {std::tuple{"a,b,,c", ",", "--", "a--b----c"},
-                                                       {"aaa", "aa", "b", "ba"},
-                                                       {"\xe9t\xe9", "\xe9", "e", "ete"}}) {
-        EXPECT_EQ(str(ov_char_strdup_replace(text, search, replacement)), expected) << text;
-        EXPECT_EQ(str(ov_char_strdup_replace_and_free(g_strdup(text), search, replacement)), expected);
-    }
+    EXPECT_EQ(str(ov_char_strdup_replace("a,b,,c", ",", "--")), "a--b----c");
+    EXPECT_EQ(str(ov_char_strdup_replace("aaa", "aa", "b")), "ba");
     const char *parts[] = {"a", nullptr, "", "b\xc3\xa9", nullptr};
     EXPECT_EQ(str(ov_utf8_cat_(parts, 5)) + str(ov_utf8_cat()), "ab\xc3\xa9");
-    EXPECT_EQ(str(ov_utf8_cat("/tmp", "/", nullptr, "x.xml")), "/tmp/x.xml");
     for (auto [text, suffix, expected] : {std::tuple{"photo.JPG", ".jpg", TRUE},
                                           {"photo.jpeg", ".jpg", FALSE},
                                           {"caf\xc3\x89", "\xc3\xa9", FALSE} /* only ASCII folds */})
@@ -90,9 +82,6 @@ TEST_F(Strings, Conversions)
     const std::string utf8 =
         str(g_convert(bytes.c_str(), -1, "UTF-8", "ISO-8859-1", nullptr, nullptr, nullptr));
     EXPECT_EQ(str(ov_convert_latin1_to_utf8(bytes.c_str())), utf8);
-    std::vector<char> buffer(2 * bytes.size() + 1, 'x');
-    EXPECT_EQ(ov_convert_latin1_to_utf8_buf(bytes.c_str(), buffer.data()), buffer.data());
-    EXPECT_EQ(buffer.data(), utf8);
     EXPECT_EQ(str(ov_convert_utf8_to_latin1(utf8.c_str())), bytes);
     for (const char *bad : {"\xe2\x82\xac", "a\xe9"}) {
         EXPECT_EQ(ov_convert_utf8_to_latin1(bad), nullptr) << printable(bad);
@@ -105,12 +94,6 @@ TEST_F(Strings, Conversions)
         EXPECT_EQ(ov_convert_test_utf8_char_for_latin1(character), expected) << printable(character);
     EXPECT_STREQ(ov_error_get(), "");
 
-    const gunichar2 source[] = {'a', 0xD83D, 0xDE00, 'a', 0};
-    gunichar2 copy[6] = {9, 9, 9, 9, 9, 9};
-    EXPECT_EQ(ov_utf16_replace_code_unit(ov_utf16_strcpy(copy, source), 'a', 'b'), copy);
-    EXPECT_EQ(std::vector<gunichar2>(copy, copy + 6),
-              (std::vector<gunichar2>{'b', 0xD83D, 0xDE00, 'b', 0, 9}));
-    EXPECT_EQ(ov_utf16_strlen(copy), 4u);
     ov::Owned<gunichar2, g_free> utf16(ov_convert_utf8_to_utf16("a\xc3\xa9\xf0\x9f\x98\x80"));
     EXPECT_EQ(str(ov_convert_utf16_to_utf8(utf16.get())), "a\xc3\xa9\xf0\x9f\x98\x80");
     const gunichar2 lone_surrogate[] = {'a', 0xD800, 0};
@@ -120,21 +103,14 @@ TEST_F(Strings, Conversions)
 
 TEST_F(Strings, FileNameForms)
 {
-    for (auto [id, expected] : {std::pair{"A/B", "A`2fB"},
-                                {"`\x01\x7f\x80\xff", "`60`01`7f`80`ff"},
-                                {"az AZ 09 $%'-_@~!{}()#&+,;=[].", "az AZ 09 $%'-_@~!{}()#&+,;=[]."},
-                                {"a\\b:c*d?e\"f<g>h|i^", "a`5cb`3ac`2ad`3fe`22f`3cg`3eh`7ci`5e"}})
-        EXPECT_EQ(str(ov_convert_object_id_to_fat_safe_file_name_format(id)), expected) << id;
+    EXPECT_EQ(str(ov_convert_object_id_to_fat_safe_file_name_format("a/b:`\x01")), "a`2fb`3a`60`01");
     const std::string bytes = all_nonzero_bytes();
     const std::string safe = str(ov_convert_object_id_to_fat_safe_file_name_format(bytes.c_str()));
     EXPECT_EQ(str(ov_convert_fat_safe_file_name_format_to_object_id(safe.c_str(), safe.size())), bytes);
     // Decoding reads only the given length (a NUL ends it early); needless
     // escapes are accepted, upper-case digits and cut escapes are not.
-    for (auto [text, length, expected] : {std::tuple{"A`2fB.obj", 5, "A/B"},
-                                          {"ab\0cd", 5, "ab"},
-                                          {"`41", 3, "A"},
-                                          {"A`2FB", 5, "(null)"},
-                                          {"a`2fb", 3, "(null)"}})
+    for (auto [text, length, expected] :
+         {std::tuple{"A`2fB.obj", 5, "A/B"}, {"A`2FB", 5, "(null)"}, {"a`2fb", 3, "(null)"}})
         EXPECT_EQ(str(ov_convert_fat_safe_file_name_format_to_object_id(text, length)), expected) << text;
     EXPECT_STREQ(ov_error_get(), "");
     // Runs of unsafe bytes become one hyphen; a hyphen of the input is kept.
@@ -203,17 +179,14 @@ TEST_F(Strings, Base16)
     // The empty text decodes to no buffer, a length of 0 and no error.
     EXPECT_TRUE(ov_util_decode_base16("", &length) == nullptr && length == 0 && !*ov_error_get());
     // Upper case is never written, so never read.
-    for (auto [text, message] : {std::pair{"abc", "Illegal base 16 string length."},
-                                 {"0G", "Illegal base 16 character."},
-                                 {"0A", "Illegal base 16 character."},
-                                 {"\xc3\xa9", "Illegal base 16 character."}}) {
+    for (auto [text, message] : {
+             std::pair{"abc", "Illegal base 16 string length."},
+             {"0A", "Illegal base 16 character."},
+         }) {
         EXPECT_EQ(ov_util_decode_base16(text, nullptr), nullptr) << text;
         EXPECT_STREQ(ov_error_get(), message) << text;
         ov_error_clear();
     }
-    guint8 value = 0;
-    EXPECT_TRUE(ov_util_decode_base16_byte("e9", &value) && value == 0xe9);
-    EXPECT_FALSE(ov_util_decode_base16_byte("e", &value)); // stops at the terminator
 }
 
 constexpr int (*kNatural[])(const char *, const char *) = {strnatcmp, strnatcasecmp, strnatzerocmp,
@@ -222,10 +195,8 @@ constexpr int (*kNatural[])(const char *, const char *) = {strnatcmp, strnatcase
 // Sort keys order every pair of texts as strnatzerocasecmp does.
 TEST(NaturalOrder, SortKeysFollowTheZeroAndCaseIgnoringOrder)
 {
-    const char *texts[] = {"",      "0",   "00",    "007",   "7",   "R7",   "r007", "R10", "r9",
-                           "R 1 0", "a1b", "A01B2", "1.05",  "1.5", "1.50", "x09",  "x9",  "X10",
-                           "[",     "a",   "\xe9",  "\305a", "9z",  "10",   " 10",  "1 0", "!",
-                           "/",     ":",   "@",     "A",     "Z",   "_",    "z",    "~"};
+    const char *texts[] = {"",     "0",   "007", "7",   "R7", "r007", "R10",  "r9", "R 1 0", "A01B2",
+                           "1.05", "1.5", "x09", "X10", "[",  "a",    "\xe9", "9z", " 10",   "_"};
     for (const char *a : texts)
         for (const char *b : texts) {
             const int keys = strnatzerocase_key(a).compare(strnatzerocase_key(b));
@@ -244,10 +215,9 @@ TEST(NaturalOrder, EachVariantOnTheCasesThatTellThemApart)
     const struct {
         const char *a, *b, *order;
     } cases[] = {
-        {"r2", "R10", "><><"},        {"r02", "R2", "><>="},       {"R010", "R9", "<<>>"},
-        {"1.010", "1.01", ">>>>"},    {"  a\tb\n", "a b", "===="}, {"z", "\xe9", "<<<<"},
-        {"[", "a", "<><>"},           {nullptr, "", "<<<<"},       {"a19", "a91", "<<<<"},
-        {"p1239b", "p1322a", "<<<<"},
+        {"r2", "R10", "><><"},     {"r02", "R2", "><>="},       {"R010", "R9", "<<>>"},
+        {"1.010", "1.01", ">>>>"}, {"  a\tb\n", "a b", "===="}, {"z", "\xe9", "<<<<"},
+        {"[", "a", "<><>"},        {nullptr, "", "<<<<"},       {"p1239b", "p1322a", "<<<<"},
     };
     for (const auto &c : cases) {
         std::string forward, backward;

@@ -92,8 +92,7 @@ void check_round_trip(const uint8_t *data, size_t size, const char *name, Docume
                       gboolean (*write)(const Document *, const char *), void (*destroy)(Document *),
                       void (*also)(const Document *) = nullptr)
 {
-    const std::string in = path_in_folder(name), first = path_in_folder(std::string("first_") + name),
-                      second = path_in_folder(std::string("second_") + name);
+    const std::string in = path_in_folder(name), first = in + ".1", second = in + ".2";
     write_bytes(in, data, size);
     Document *document = read(in.c_str());
     ov_error_clear();

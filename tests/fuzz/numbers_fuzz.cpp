@@ -44,15 +44,6 @@ void check_integers(const std::string &text)
                           ? static_cast<unsigned __int128>(-(value + 1)) + 1 == magnitude || magnitude == 0
                           : static_cast<unsigned __int128>(value) == magnitude);
 
-    guint64 unsigned_value = 0;
-    const bool fits_unsigned = plain && !negative && magnitude <= G_MAXUINT64;
-    OV_FUZZ_CHECK(static_cast<bool>(ov_util_parse_uint64(&unsigned_value, text.c_str())) == fits_unsigned);
-    if (fits_unsigned)
-        OV_FUZZ_CHECK(unsigned_value == magnitude);
-
-    int small = 0;
-    const bool in_range = fits_signed && value >= -5 && value <= 10;
-    OV_FUZZ_CHECK(static_cast<bool>(ov_util_parse_int_in_range(&small, text.c_str(), -5, 10)) == in_range);
     ov_error_clear();
 }
 

@@ -85,10 +85,8 @@ TEST_F(EventBus, DisconnectingInsideCallbacks)
     });
     connect('c');
     connect('d');
-    const guint before = ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED);
     EXPECT_EQ(round(), "abc"); // b removes d before its turn
     EXPECT_EQ(round(), "bc");
-    EXPECT_EQ(ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED), before - 2);
 }
 
 TEST_F(EventBus, LastHandlerDisconnectsItselfAndTriggersAgain)
