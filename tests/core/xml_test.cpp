@@ -19,8 +19,6 @@ namespace
 
 using namespace ov::test;
 
-// Outcomes read as one string: the value, "(null)" for a null success, or "FALSE <out>: <error>"
-// (getters with an out; "untouched": out not set) or "null: <error>" (getters returning the value).
 class XmlTest : public CoreTest
 {
   protected:
@@ -31,24 +29,6 @@ class XmlTest : public CoreTest
     }
 
     static std::string error_text() { return ov_error_get(); }
-    static std::string or_error(gchar *text) { return text != nullptr ? str(text) : "null: " + error_text(); }
-    static std::string string_out(const std::function<gboolean(gchar **)> &call)
-    {
-        static gchar marker[] = "untouched";
-        gchar *out = marker;
-        const gboolean ok = call(&out);
-        const std::string value = out == marker ? std::string(marker) : str(out);
-        return ok ? value : "FALSE " + value + ": " + error_text();
-    }
-    template <class T> static std::string number_out(const std::function<gboolean(T *)> &call)
-    {
-        T out = 7;
-        const gboolean ok = call(&out);
-        char text[G_ASCII_DTOSTR_BUF_SIZE];
-        const std::string value = g_ascii_formatd(text, sizeof text, "%g", static_cast<double>(out));
-        return ok ? value : "FALSE " + value + ": " + error_text();
-    }
-
     TempDir dir_;
     std::vector<ov::XmlDocPtr> docs_;
 };
@@ -210,119 +190,59 @@ TEST_F(XmlTest, ParsesZipEntries)
     }
 }
 
-using Call = std::function<std::string(const xmlNode *)>;
-
-TEST_F(XmlTest, AttributeGetters)
-{
-    // clang-format off
-    auto opt = [](gboolean (*get)(gchar **, const xmlNode *, const char *)) -> Call {
-        return [=](const xmlNode *n) { return string_out([&](gchar **out) { return get(out, n, "v"); }); }; };
-    auto req = [](gchar *(*get)(const xmlNode *, const char *)) -> Call {
-        return [=](const xmlNode *n) { return or_error(get(n, "v")); }; };
-    auto number = []<class T>(gboolean (*get)(T *, const xmlNode *)) -> Call {
-        return [=](const xmlNode *n) { return number_out<T>([&](T *out) { return get(out, n); }); }; };
-    const Call utf8 = opt(ov_xml_get_attribute_value_as_utf8), ascii = opt(ov_xml_get_attribute_value_as_ascii),
-               latin1 = opt(ov_xml_get_attribute_value_as_latin1), nonempty = opt(ov_xml_get_nonempty_attribute_value_as_utf8);
-    const Call r_utf8 = req(ov_xml_get_required_attribute_value_as_utf8),
-               r_ne_latin1 = req(ov_xml_get_nonempty_required_attribute_value_as_latin1);
-    using N = const xmlNode *;
-    const Call bool_t = number(+[](int *o, N n) { return ov_xml_get_attribute_value_as_boolean_with_fallback(o, n, "v", TRUE); }),
-               r_bool = number(+[](int *o, N n) { return ov_xml_get_required_attribute_value_as_boolean(o, n, "v"); }),
-               int_0_41 = number(+[](int *o, N n) { return ov_xml_get_attribute_value_as_int_in_range_with_fallback(o, n, "v", 0, 41, 99); }),
-               r_int = number(+[](int *o, N n) { return ov_xml_get_required_attribute_value_as_int(o, n, "v"); }),
-               dbl_0_2 = number(+[](double *o, N n) { return ov_xml_get_attribute_value_as_double_in_range_with_fallback(o, n, "v", 0, 2, .25); });
-    const std::string missing = "Missing XML attribute: v", empty = "Empty XML attribute: v",
-        non_ascii = "Invalid XML attribute content.\n\nNon-ascii byte found where not allowed.",
-        non_latin1 = "Invalid XML attribute content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.",
-        bad_bool = "FALSE 7: Invalid boolean value in XML attribute: v",
-        bad_int = "FALSE 7: Invalid integer value in XML attribute: v\n\n",
-        bad_dbl = "FALSE 7: Invalid floating point number in XML attribute: v\n\n";
-    // Each: the node (no: without attribute v), the getter, the outcome.
-    const char *no = "<a/>", *blank = "<a v=''/>", *e = "<a v='&#xE9;'/>", *euro = "<a v='&#x20AC;'/>";
-    const std::string too_large = "Integer value out of valid range (too large).";
-    const std::vector<std::tuple<const char *, const Call &, std::string>> cases = {
-        // clang-format off
-        {no, utf8, "(null)"}, {euro, utf8, "\xE2\x82\xAC"}, {e, ascii, "FALSE (null): " + non_ascii},
-        {e, latin1, "\xE9"}, {euro, latin1, "FALSE (null): " + non_latin1}, {blank, nonempty, "FALSE (null): " + empty},
-        {no, r_utf8, "null: " + missing}, {blank, r_utf8, ""}, {blank, r_ne_latin1, "null: " + empty},
-        {e, r_ne_latin1, "\xE9"}, {no, bool_t, "1"}, {"<a v='false'/>", bool_t, "0"}, {"<a v='True'/>", bool_t, bad_bool},
-        {no, r_bool, "FALSE 7: " + missing}, {no, int_0_41, "99"}, {"<a v='41'/>", int_0_41, "41"},
-        {"<a v='42'/>", int_0_41, bad_int + too_large}, {"<a v='-3'/>", r_int, "-3"}, {"<a v='2147483648'/>", r_int, bad_int + too_large},
-        {no, dbl_0_2, "0.25"}, {"<a v='1.5mm'/>", dbl_0_2, bad_dbl + "Invalid floating-point value."},
-        // clang-format on
-    };
-    // clang-format on
-    for (const auto &[xml, call, expected] : cases) {
-        SCOPED_TRACE(xml);
-        xmlDoc *doc = parse(xml);
-        ASSERT_NE(doc, nullptr) << error_text();
-        ov_error_clear();
-        EXPECT_EQ(call(xmlDocGetRootElement(doc)), expected);
-    }
-}
-
-// One document, one table: each row reads the child of the root with the
-// given name (every kind of node counts, only direct children).
-TEST_F(XmlTest, DistinctChildrenAndTextContent)
+// The getters share one reader per kind; each kind is read once here.
+TEST_F(XmlTest, GettersReadValuesOrFailWithTheReason)
 {
     xmlDoc *doc =
-        parse("<!DOCTYPE r [<!ENTITY ent \"&#xE9;t&#xE9;\">]><r>text"
-              "<t>  a &amp;\t&ent; <![CDATA[<b>]]>\n x </t><empty/><comment><!--c--></comment><euro>&#x20AC;"
-              " \t x</euro><blank> \n\t </blank><twice/><twice>x</twice><deep><inner/></deep></r>");
-    xmlNode *root = ov_xml_get_root_element(doc);
-    ASSERT_NE(root, nullptr) << error_text();
-    EXPECT_TRUE(ov_xml_node_has_child_node_with_name(root, "deep") &&
-                !ov_xml_node_has_child_node_with_name(root, "inner"));
+        parse("<r e='&#xE9;' euro='&#x20AC;' blank='' b='True' n='42' d='1.5mm'>"
+              "<t> a &amp;\t<![CDATA[<b>]]>\n x </t><euro>&#x20AC;</euro><blank> </blank><c><!--c--></c>"
+              "<twice/><twice/><deep><inner/></deep></r>");
+    xmlNode *r = ov_xml_get_root_element(doc), *child = r;
+    ASSERT_NE(r, nullptr) << error_text();
+    EXPECT_TRUE(ov_xml_node_has_child_node_with_name(r, "deep") &&
+                !ov_xml_node_has_child_node_with_name(r, "inner"));
     EXPECT_EQ(ov_xml_get_root_element(ov::XmlDocPtr(ov_xml_new_doc()).get()), nullptr);
     EXPECT_EQ(error_text(), "Missing root element in XML tree.");
+    gchar *text = nullptr;
+    int number = 7;
+    double real = 7;
+    EXPECT_TRUE(ov_xml_get_attribute_value_as_utf8(&text, r, "none") && text == nullptr);
+    EXPECT_EQ(str(ov_xml_get_nonempty_required_attribute_value_as_latin1(r, "e")), "\xE9");
+    EXPECT_TRUE(ov_xml_get_attribute_value_as_int_in_range_with_fallback(&number, r, "none", 0, 41, 99));
+    EXPECT_EQ(number, 99);
+    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, ov_xml_get_required_distinct_child_node(r, "t"))),
+              " a &\t<b>\n x ");
+    EXPECT_EQ(
+        str(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, r, "t")),
+        "a & <b> x");
+    EXPECT_TRUE(ov_xml_get_distinct_child_node(&child, r, "inner") && child == nullptr);
 
-    using Read = std::function<std::string(const char *)>;
-    const Read distinct = [&](const char *name) { // the node's name and type, or "none"
-        xmlNode *out = root;
-        if (!ov_xml_get_distinct_child_node(&out, root, name))
-            return std::string(out == nullptr ? "FALSE null: " : "FALSE set: ") + error_text();
-        return out == nullptr ? "none"
-                              : std::string(ov_xml_get_node_name(out)) + " " + std::to_string(out->type);
-    };
-    auto direct = [&](gchar *(*read)(xmlDoc *, const xmlNode *)) -> Read {
-        return [=](const char *name) {
-            return or_error(read(doc, ov_xml_get_required_distinct_child_node(root, name)));
-        };
-    };
-    auto of_child = [&](gboolean (*read)(gchar **, xmlDoc *, const xmlNode *, const char *)) -> Read {
-        return [=](const char *name) {
-            return string_out([&](gchar **out) { return read(out, doc, root, name); });
-        };
-    };
-    const Read required = [&](const char *name) {
-        return or_error(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(
-            doc, root, name));
-    };
+    const std::string latin1 = " content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.";
     // clang-format off
-    const Read utf8 = direct(ov_xml_get_text_content_as_utf8), latin1 = direct(ov_xml_get_text_content_as_latin1),
-               nonempty = direct(ov_xml_get_nonempty_text_content_as_compact_latin1),
-               c_utf8 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_utf8),
-               c_latin1 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_latin1),
-               c_compact_utf8 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_compact_utf8),
-               c_nonempty_latin1 = of_child(ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1);
-    const std::string not_latin1 = "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.",
-        empty = "Missing text content in XML.\n\nText content is empty.", duplicate = "Duplicate XML nodes found where not allowed.",
-        unreadable = "Error reading text content from XML node.";
-    const std::vector<std::tuple<const Read &, const char *, std::string>> cases = {
-        // clang-format off
-        {distinct, "t", "t 1"}, {distinct, "twice", "FALSE null: " + duplicate}, {distinct, "inner", "none"},
-        {distinct, "text", "text 3"}, {utf8, "t", "  a &\t\xC3\xA9t\xC3\xA9 <b>\n x "}, {utf8, "comment", "null: " + unreadable},
-        {latin1, "euro", "null: " + not_latin1}, {nonempty, "t", "a & \xE9t\xE9 <b> x"}, {nonempty, "empty", "null: " + empty},
-        {c_utf8, "none", "(null)"}, {c_latin1, "euro", "FALSE (null): " + not_latin1}, {c_compact_utf8, "euro", "\xE2\x82\xAC x"},
-        {c_nonempty_latin1, "blank", "FALSE (null): " + empty}, {required, "none", "null: Missing XML node: none"},
-        // clang-format on
+    const std::pair<std::function<bool()>, std::string> failures[] = {
+        {[&] { return !ov_xml_get_attribute_value_as_ascii(&text, r, "e"); }, "Invalid XML attribute content.\n\nNon-ascii byte found where not allowed."},
+        {[&] { return !ov_xml_get_attribute_value_as_latin1(&text, r, "euro"); }, "Invalid XML attribute" + latin1},
+        {[&] { return !ov_xml_get_nonempty_required_attribute_value_as_latin1(r, "blank"); }, "Empty XML attribute: blank"},
+        {[&] { return !ov_xml_get_required_attribute_value_as_boolean(&number, r, "none"); }, "Missing XML attribute: none"},
+        {[&] { return !ov_xml_get_attribute_value_as_boolean_with_fallback(&number, r, "b", TRUE); }, "Invalid boolean value in XML attribute: b"},
+        {[&] { return !ov_xml_get_attribute_value_as_int_in_range_with_fallback(&number, r, "n", 0, 41, 99); },
+         "Invalid integer value in XML attribute: n\n\nInteger value out of valid range (too large)."},
+        {[&] { return !ov_xml_get_attribute_value_as_double_in_range_with_fallback(&real, r, "d", 0, 2, .25); },
+         "Invalid floating point number in XML attribute: d\n\nInvalid floating-point value."},
+        {[&] { return !ov_xml_get_distinct_child_node(&child, r, "twice"); }, "Duplicate XML nodes found where not allowed."},
+        {[&] { return !ov_xml_get_text_content_from_distinct_child_node_as_latin1(&text, doc, r, "euro"); }, "Invalid XML node" + latin1},
+        {[&] { return !ov_xml_get_text_content_as_utf8(doc, ov_xml_get_required_distinct_child_node(r, "c")); }, "Error reading text content from XML node."},
+        {[&] { return !ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(&text, doc, r, "blank"); },
+         "Missing text content in XML.\n\nText content is empty."},
+        {[&] { return !ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, r, "none"); }, "Missing XML node: none"},
     };
     // clang-format on
-    for (const auto &[read, name, expected] : cases) {
-        SCOPED_TRACE(name);
+    for (const auto &[fails, error] : failures) {
         ov_error_clear();
-        EXPECT_EQ(read(name), expected);
+        EXPECT_TRUE(fails()) << error;
+        EXPECT_EQ(error_text(), error);
     }
+    EXPECT_TRUE(number == 99 && real == 7) << "numbers are left as they were";
 }
 
 TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
