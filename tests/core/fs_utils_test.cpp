@@ -32,8 +32,6 @@ class FsUtilsTest : public CoreTest
 TEST_F(FsUtilsTest, FailuresSayWhyAndKeepTheLastErrno)
 {
     write_file(file("file"), "x");
-    ASSERT_EQ(mkdir(file("full").c_str(), 0755), 0);
-    write_file(file("full/inside"), "x");
     const std::string missing = file("missing"), bad = file("bad\xff");
     const std::string unusable = "Could not use filename.\n\nGError ";
     OvFileInfo info;
@@ -44,8 +42,6 @@ TEST_F(FsUtilsTest, FailuresSayWhyAndKeepTheLastErrno)
     } cases[] = {
         // clang-format off
         {[&] { return ov_fs_utils_open_file(missing.c_str(), "rb"); }, "Cannot open file.", ENOENT},
-        {[&] { return ov_fs_utils_delete_folder_if_exists(file("full").c_str()); }, "Cannot delete folder.", ENOTEMPTY},
-        {[&] { return ov_fs_utils_rename(missing.c_str(), file("to").c_str()); }, "Cannot rename file/folder.", ENOENT},
         {[&] { return ov_fs_utils_get_info(file("file/x").c_str(), &info); }, "Cannot get file status.", ENOTDIR},
         {[&] { return str(ov_fs_utils_read_link(file("file").c_str())) != "(null)"; }, "Could not read symlink contents.", EINVAL},
         {[&] { return ov_fs_utils_open_file(bad.c_str(), "wb") != nullptr; }, unusable, 0},
@@ -105,7 +101,6 @@ TEST_F(FsUtilsTest, FilesAndFoldersAreCreatedDescribedRenamedAndDeleted)
     fputs("12345", stream);
     EXPECT_TRUE(ov_fs_utils_close_file(stream));
     EXPECT_TRUE(ov_fs_utils_rename(path.c_str(), renamed.c_str()));
-    ASSERT_EQ(symlink(renamed.c_str(), file("link").c_str()), 0);
     ASSERT_EQ(symlink(file("missing").c_str(), file("dangling").c_str()), 0);
     const mode_t old_mask = umask(0);
     EXPECT_TRUE(ov_fs_utils_create_folder(file("private").c_str()));
@@ -113,21 +108,13 @@ TEST_F(FsUtilsTest, FilesAndFoldersAreCreatedDescribedRenamedAndDeleted)
     struct stat status;
     ASSERT_EQ(stat(file("private").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0700u); // for the owner only
-    ASSERT_EQ(stat(renamed.c_str(), &status), 0);
+    OvFileInfo info;
+    ASSERT_TRUE(ov_fs_utils_get_info(renamed.c_str(), &info));
+    EXPECT_TRUE(info.exists && info.is_regular_file && !info.is_folder && info.size == 5);
     // What is missing, even behind a link, is an all-zero record.
-    const std::string file_info = "1101 5 " + std::to_string(status.st_mtime);
-    for (auto [name, expected] : {std::pair{renamed, file_info},
-                                  {file("private"), std::string("1110 ")},
-                                  {file("dangling"), std::string("1000 0 0")}}) {
-        OvFileInfo info;
-        std::memset(&info, 0x5a, sizeof info);
-        const gboolean ok = ov_fs_utils_get_info(name.c_str(), &info);
-        const std::string described = std::to_string(ok) + std::to_string(info.exists) +
-                                      std::to_string(info.is_folder) + std::to_string(info.is_regular_file) +
-                                      " " + std::to_string(info.size) + " " +
-                                      std::to_string(info.modification_time);
-        EXPECT_TRUE(g_str_has_prefix(described.c_str(), expected.c_str())) << name << ": " << described;
-    }
+    std::memset(&info, 0x5a, sizeof info);
+    EXPECT_TRUE(ov_fs_utils_get_info(file("dangling").c_str(), &info));
+    EXPECT_TRUE(!info.exists && !info.is_folder && !info.is_regular_file && info.size == 0);
     // Missing entries count as deleted.
     EXPECT_TRUE(ov_fs_utils_delete_file_if_exists(file("missing").c_str()));
     EXPECT_TRUE(ov_fs_utils_delete_folder_if_exists(file("private").c_str()));
@@ -180,8 +167,7 @@ TEST_F(FsUtilsTest, ListingAndLinksGiveUtf8OrFailOnlyTheEntryThatIsNot)
 
 TEST(FsUtilsPathTest, PathTexts)
 {
-    for (auto [path, stripped, parent, folder, name] : {std::tuple{"", "", "", "", ""},
-                                                        {"a/b//", "a/b", "a/b", "a/b/", ""},
+    for (auto [path, stripped, parent, folder, name] : {std::tuple{"a/b//", "a/b", "a/b", "a/b/", ""},
                                                         {"/w//a.x", "/w//a.x", "/w", "/w//a.x/", "a.x"},
                                                         {"//a", "//a", "", "//a/", "a"}}) {
         SCOPED_TRACE(path);
@@ -194,15 +180,9 @@ TEST(FsUtilsPathTest, PathTexts)
         EXPECT_EQ(str(ov_fs_utils_end_folder_path_with_a_single_delimiter(path)), folder);
         EXPECT_EQ(ov_fs_utils_find_entry_name_in_path(path), path + std::strlen(path) - std::strlen(name));
     }
-    for (auto [folder, names, expected] :
-         {std::tuple{"/w/", std::vector<const char *>{"a", "", "b"}, "/w/a/b"},
-          {"", {"", "a"}, "a"},
-          {"w", {"sub/", "f"}, "w/sub//f"}})
-        EXPECT_EQ(
-            str(ov_fs_utils_create_path_in_folder_(folder, names.data(), static_cast<int>(names.size()))),
-            expected)
-            << folder;
-    EXPECT_EQ(str(ov_fs_utils_create_path_in_folder("/w/", "a", "", "b.x", nullptr)), "/w/a/b.x");
+    EXPECT_EQ(str(ov_fs_utils_create_path_in_folder("/w/", "a", "", "sub/", "b.x", nullptr)),
+              "/w/a/sub//b.x");
+    EXPECT_EQ(str(ov_fs_utils_create_path_in_folder("", "", "a", nullptr)), "a");
 }
 
 using AtomicFile = CoreTest;

@@ -35,15 +35,8 @@ class PlatformTest : public CoreTest
     TempDir dir;
 };
 
-TEST_F(PlatformTest, TemporaryFilesAndOurOwnExecutable)
+TEST_F(PlatformTest, OurOwnExecutable)
 {
-    // The start-up clean-up finds old printouts by this name.
-    struct stat status;
-    ASSERT_EQ(stat("/proc/self/exe", &status), 0);
-    EXPECT_EQ(str(ov_platform_get_temp_legacy_printout_file_path()),
-              str(g_strdup_printf("/tmp/orvane-%d.%d.odt", getpid(),
-                                  static_cast<int>(status.st_size & 0x7fffffff))));
-
     const std::string own = str(g_file_read_link("/proc/self/exe", nullptr));
     EXPECT_EQ(str(ov_platform_get_exe_path(getpid())), own);
     EXPECT_EQ(str(ov_platform_get_install_folder_path()), str(g_path_get_dirname(own.c_str())));

@@ -6,29 +6,6 @@
 namespace
 {
 
-int freed = 0;
-void counting_free(int *value)
-{
-    ++freed;
-    delete value;
-}
-using Counted = ov::Owned<int, counting_free>;
-
-TEST(Raii, OwnedFreesOnceAndNeverNull)
-{
-    freed = 0;
-    {
-        Counted a(new int(1));
-        Counted b(std::move(a));
-        Counted c(new int(2));
-        c.reset();
-        EXPECT_EQ(freed, 1);
-        int *raw = b.release();
-        Counted d(raw);
-    }
-    EXPECT_EQ(freed, 2);
-}
-
 TEST(Raii, ObjectRefCountsReferences)
 {
     GObject *object = G_OBJECT(g_object_new(G_TYPE_OBJECT, nullptr));
@@ -47,29 +24,6 @@ TEST(Raii, ObjectRefCountsReferences)
         EXPECT_FALSE(second);
     }
     EXPECT_TRUE(finalized);
-
-    GInitiallyUnowned *floating = G_INITIALLY_UNOWNED(g_object_new(G_TYPE_INITIALLY_UNOWNED, nullptr));
-    {
-        auto sunk = ov::ObjectRef<GInitiallyUnowned>::ref_sink(floating);
-        EXPECT_FALSE(g_object_is_floating(floating));
-        EXPECT_EQ(G_OBJECT(floating)->ref_count, 1u);
-    }
-}
-
-TEST(Raii, SourceGuardRemovesPendingSource)
-{
-    bool ran = false;
-    {
-        ov::SourceGuard guard(g_idle_add(
-            [](gpointer flag) -> gboolean {
-                *static_cast<bool *>(flag) = true;
-                return G_SOURCE_REMOVE;
-            },
-            &ran));
-    }
-    while (g_main_context_iteration(nullptr, FALSE)) {
-    }
-    EXPECT_FALSE(ran);
 }
 
 // The guard disconnects its handler, leaves alone a handler the object

@@ -98,17 +98,6 @@ TEST_F(Stream, EveryKindReadsAndSkipsToTheEndAndCopiesToMemory)
         EXPECT_TRUE(rest == data.substr(2500));
         EXPECT_EQ(result(ov_input_stream_skip(skipped.stream.get(), 1)), kind.past_the_end);
     }
-    // Whole files, entries and sources to memory, a NUL behind the bytes.
-    Backing b(data);
-    char *out = nullptr;
-    gsize length = 0;
-    const auto same = [&](gboolean ok) {
-        return ok && std::string(ov::GStr(out).get(), length + 1) == data + '\0';
-    };
-    EXPECT_TRUE(same(ov_stream_copy_from_file_path_to_memory(b.path.c_str(), &out, &length)));
-    EXPECT_TRUE(same(ov_stream_copy_from_zip_file_path_to_memory(b.archive.get(), "entry", &out, &length)));
-    EXPECT_EQ(result(ov_stream_copy_from_zip_file_path_to_memory(b.archive.get(), "missing", &out, &length)),
-              "Opening compressed input file failed.");
 }
 
 TEST_F(Stream, ReadFailuresOfEachKind)

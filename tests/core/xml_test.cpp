@@ -277,12 +277,6 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
         const std::string bytes = read_file(path);
         EXPECT_NE(bytes.find("\n  <group"), std::string::npos) << "indented: " << bytes;
         EXPECT_NE(bytes.find(encoding), std::string::npos) << bytes;
-
-        // Read and written again: the same bytes.
-        ov::XmlDocPtr back(ov_xml_parse_file(path.c_str()));
-        ASSERT_TRUE(back) << error_text();
-        ASSERT_TRUE(ov_xml_write_to_file(back.get(), path.c_str(), encoding));
-        EXPECT_EQ(read_file(path), bytes);
     }
 
     // Failure messages of building and of both writers.
@@ -290,7 +284,6 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
     const std::string no_folder = dir_.file("no/such/folder.xml");
     // clang-format off
     const std::vector<std::pair<std::function<bool()>, std::string>> cases = {
-        {[&] { return !ov_xml_set_attribute_with_latin1_content(root, "v", nullptr); }, "Missing value for XML attribute."},
         {[&] { return !ov_xml_write_to_string(nullptr, &length) && length == 0; }, "Could not write XML data to memory buffer."},
         {[&] { return !ov_xml_write_to_file(doc.get(), no_folder.c_str(), "UTF-8"); }, "Cannot open file."},
         {[&] { return !ov_xml_write_to_file(doc.get(), "/dev/full", "UTF-8"); }, "Could not write XML data."},

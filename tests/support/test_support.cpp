@@ -85,15 +85,13 @@ std::string TempDir::file(std::string_view name) const
 
 void write_file(const std::string &path, std::string_view bytes)
 {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 std::string read_file(const std::string &path)
 {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
@@ -133,7 +131,7 @@ int run_with_file_size_limit(long max_bytes, const std::function<bool()> &body)
 namespace
 {
 std::vector<int> helper_wait_depths;
-}
+} // namespace
 
 HelperWait::HelperWait()
 {
