@@ -6,26 +6,6 @@
 namespace
 {
 
-TEST(Raii, ObjectRefCountsReferences)
-{
-    GObject *object = G_OBJECT(g_object_new(G_TYPE_OBJECT, nullptr));
-    bool finalized = false;
-    g_object_weak_ref(
-        object, [](gpointer flag, GObject *) { *static_cast<bool *>(flag) = true; }, &finalized);
-    {
-        auto owner = ov::ObjectRef<GObject>::adopt(object);
-        auto second = ov::ObjectRef<GObject>::ref(object);
-        auto third = second;
-        EXPECT_EQ(object->ref_count, 3u);
-        third = ov::ObjectRef<GObject>();
-        EXPECT_EQ(object->ref_count, 2u);
-        auto moved = std::move(second);
-        EXPECT_EQ(object->ref_count, 2u);
-        EXPECT_FALSE(second);
-    }
-    EXPECT_TRUE(finalized);
-}
-
 // The guard disconnects its handler, leaves alone a handler the object
 // dropped on dispose, and lets go of an object finalised while guarded.
 TEST(Raii, SignalGuardDisconnectsOnlyWhatIsStillConnected)

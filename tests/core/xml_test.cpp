@@ -5,7 +5,6 @@
 #include "core_test.h"
 #include "zip_fixture.h"
 
-#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -131,39 +130,6 @@ TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
     xmlDoc *doc = parse("<!DOCTYPE a SYSTEM \"beside.dtd\"><a>&x;</a>");
     ASSERT_NE(doc, nullptr) << error_text();
     EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, xmlDocGetRootElement(doc))), "from the dtd");
-}
-
-void remember(void *context, const char *format, ...)
-{
-    static_cast<std::string *>(context)->append(format);
-}
-
-// Whatever libxml2's defaults, entities are substituted and the external DTD loaded; all is put back.
-TEST_F(XmlTest, ParsingKeepsItsOptionsAndRestoresLibxmlState)
-{
-    std::string foreign;
-    xmlSetGenericErrorFunc(&foreign, remember);
-    const int substitute = xmlSubstituteEntitiesDefault(0);
-    const int load_ext_dtd = std::exchange(xmlLoadExtDtdDefaultValue, 0);
-
-    const std::string dtd = dir_.file("a.dtd");
-    write_file(dtd, "<!ENTITY ext \"from outside\"><!ATTLIST a kind CDATA \"plain\">");
-    xmlDoc *doc = parse("<!DOCTYPE a SYSTEM \"" + dtd + "\" [<!ENTITY in \"inside\">]><a>&in; &ext;</a>");
-    ASSERT_NE(doc, nullptr) << error_text();
-    xmlNode *root = xmlDocGetRootElement(doc);
-    EXPECT_EQ(root->children->type, XML_TEXT_NODE) << "no entity reference nodes";
-    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, root)), "inside from outside");
-    EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_utf8(root, "kind")), "plain");
-
-    EXPECT_NE(parse("<a><p:b/></a>"), nullptr);
-    EXPECT_EQ(parse("<a></b>"), nullptr);
-    EXPECT_EQ(error_text().find("Namespace"), std::string::npos) << "warning of the last success kept";
-
-    EXPECT_TRUE(xmlGenericError == remember && xmlGenericErrorContext == &foreign) << "handler restored";
-    EXPECT_EQ(foreign, "");
-    EXPECT_EQ(xmlSubstituteEntitiesDefault(substitute), 0);
-    EXPECT_EQ(std::exchange(xmlLoadExtDtdDefaultValue, load_ext_dtd), 0);
-    xmlSetGenericErrorFunc(nullptr, nullptr);
 }
 
 TEST_F(XmlTest, ParsesZipEntries)

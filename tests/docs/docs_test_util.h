@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,9 @@ namespace ov::test
 inline std::vector<std::string> list_folder(const std::string &path)
 {
     std::vector<std::string> names;
-    if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-        while (const char *name = g_dir_read_name(dir))
-            names.emplace_back(name);
-        g_dir_close(dir);
-    }
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(path, error))
+        names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
 }
