@@ -32,13 +32,13 @@ ov::ZipArchivePtr open_zip(const std::string &bytes)
     return ov::ZipArchivePtr(ov_zip_open_archive_for_reading_from_buffer(bytes.data(), bytes.size()));
 }
 
-// What the input streams of every kind read the same bytes from.
+// What the input streams of every kind read the same bytes from; the stream
+// goes first.
 struct Backing {
     explicit Backing(const std::string &bytes) : data(bytes), zip_bytes(make_zip({{"entry", bytes}}))
     {
         write_file(path, data);
     }
-    ~Backing() { stream.reset(); }
     std::string data, zip_bytes;
     TempDir folder;
     std::string path = folder.file("data");

@@ -17,15 +17,6 @@ std::string printable(const char *text)
     return testing::PrintToString(text ? text : "(null)");
 }
 
-// Every byte 1..255 once, in order.
-std::string all_nonzero_bytes()
-{
-    std::string bytes;
-    for (int b = 1; b <= 255; ++b)
-        bytes += static_cast<char>(b);
-    return bytes;
-}
-
 // The argument back ("(same)"), or the error text.
 template <class Assertion> std::string asserted(Assertion assertion, const char *text)
 {
@@ -75,7 +66,9 @@ TEST_F(Strings, ReplaceCatSuffixAndWhitespace)
 
 TEST_F(Strings, Conversions)
 {
-    const std::string bytes = all_nonzero_bytes();
+    std::string bytes; // every byte but NUL
+    for (int b = 1; b <= 255; ++b)
+        bytes += static_cast<char>(b);
     const std::string utf8 =
         str(g_convert(bytes.c_str(), -1, "UTF-8", "ISO-8859-1", nullptr, nullptr, nullptr));
     EXPECT_EQ(str(ov_convert_latin1_to_utf8(bytes.c_str())), utf8);

@@ -136,7 +136,6 @@ TEST_F(XmlTest, ParsesZipEntries)
 {
     // "damaged" is stored so its bytes can be changed.
     const std::string bytes = make_zip({{"big.xml", "<a>" + std::string(100000, 'z') + "</a>"},
-                                        {"bad.xml", "<settings>"},
                                         {"damaged.xml", "<a>" + std::string(5000, 'q') + "</a>", true}});
     const std::string damaged = damage(bytes, std::string(100, 'q'), std::string(100, 'Q'));
     ov::ZipArchivePtr archive(ov_zip_open_archive_for_reading_from_buffer(damaged.data(), damaged.size()));
@@ -146,14 +145,9 @@ TEST_F(XmlTest, ParsesZipEntries)
     ASSERT_TRUE(doc) << error_text();
     EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc.get(), xmlDocGetRootElement(doc.get()))).size(),
               100000u);
-    for (const auto &[entry, reason] :
-         {std::pair{"bad.xml", "Premature end of data"}, {"damaged.xml", "CRC"}}) {
-        SCOPED_TRACE(entry);
-        ov_error_clear();
-        EXPECT_EQ(ov_xml_parse_zip_file(archive.get(), entry), nullptr);
-        EXPECT_TRUE(error_text().starts_with("Could not parse compressed XML data.\n\n")) << error_text();
-        EXPECT_NE(error_text().find(reason), std::string::npos) << error_text();
-    }
+    EXPECT_EQ(ov_xml_parse_zip_file(archive.get(), "damaged.xml"), nullptr);
+    EXPECT_TRUE(error_text().starts_with("Could not parse compressed XML data.\n\n")) << error_text();
+    EXPECT_NE(error_text().find("CRC"), std::string::npos) << error_text();
 }
 
 // The getters share one reader per kind; each kind is read once here.
@@ -268,13 +262,8 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
 // A carriage return is written followed by a tab.
 TEST_F(XmlTest, HandWrittenLatin1IsEscapedAndReadsBack)
 {
-    // clang-format off
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"&amp;", "&amp;amp;"}, {"\t\"&'<>", "&#x9;&quot;&amp;&apos;&lt;&gt;"}, {"\xE9\x80\xFF\x7F", "\xE9\x80\xFF\x7F"},
-    };
-    // clang-format on
-    for (const auto &[input, expected] : cases)
-        EXPECT_EQ(str(ov_xml_latin1_to_xml(input.c_str())), expected) << input;
+    EXPECT_EQ(str(ov_xml_latin1_to_xml("&amp;\t\"'<>\xE9\x7F")),
+              "&amp;amp;&#x9;&quot;&apos;&lt;&gt;\xE9\x7F");
     EXPECT_EQ(ov_xml_latin1_to_xml(nullptr), nullptr);
 
     const std::string path = dir_.file("hand.xml");

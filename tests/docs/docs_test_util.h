@@ -69,8 +69,8 @@ inline void expect_refusals(const std::string &kind, const TempDir &dir,
     }
 }
 
-// A save that fails part-way through (writes beyond 4 kB fail) or cannot
-// start keeps the old file and leaves no temporary file behind.
+// A save that fails part-way through (writes beyond 4 kB fail) keeps the old
+// file and leaves no temporary file behind.
 inline void expect_failed_saves_keep_the_old_file(const std::string &name,
                                                   const std::function<bool(const char *)> &writes)
 {
@@ -82,8 +82,6 @@ inline void expect_failed_saves_keep_the_old_file(const std::string &name,
     };
     EXPECT_EQ(run_with_file_size_limit(4096, fails), 0);
     EXPECT_EQ(read_file(path), "old");
-    EXPECT_FALSE(writes(dir.file("missing/" + name).c_str()));
-    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Cannot create file.\n\n")) << ov_error_get();
     EXPECT_EQ(list_folder(dir.path()), std::vector<std::string>{name});
 }
 

@@ -27,19 +27,15 @@ std::string text_of(const langstr *ls)
     return text != nullptr ? text : "-";
 }
 
-template <class HitArea> bool is_zero(const HitArea &area)
-{
-    const HitArea zero{};
-    return std::memcmp(&area, &zero, sizeof zero) == 0;
-}
-
 // A clone is unlinked, has no hit area and a label of its own.
 template <class Node>
 void check_clone(Node *node, langstr *Node::*label, Node *(*clone)(const Node *), void (*destroy)(Node *))
 {
     std::memset(&node->hit_area, 1, sizeof node->hit_area);
     Node *copy = clone(node);
-    EXPECT_TRUE(copy->previous == nullptr && copy->next == nullptr && is_zero(copy->hit_area));
+    const decltype(copy->hit_area) zero{};
+    EXPECT_TRUE(copy->previous == nullptr && copy->next == nullptr &&
+                std::memcmp(&copy->hit_area, &zero, sizeof zero) == 0);
     EXPECT_NE(copy->*label, node->*label);
     EXPECT_TRUE(ov_langstr_is_identical(copy->*label, node->*label));
     destroy(copy);
@@ -122,7 +118,6 @@ TEST(TextSheetTest, CopiedContentsAndSegmentsGoBehindTheExistingOnes)
     EXPECT_TRUE(ov_text_sheet_has_segments(&sheet->segments));
     EXPECT_EQ(describe(sheet->segments), "D: a b c|S: b c|E:");
     ov_text_sheet_destroy(sheet);
-    ov_text_sheet_destroy(nullptr);
 }
 
 } // namespace

@@ -89,12 +89,10 @@ TEST_F(EventBus, DisconnectingInsideCallbacks)
     EXPECT_EQ(round(), "bc");
 }
 
+// The last handler leaves and triggers again from inside its call.
 TEST_F(EventBus, LastHandlerDisconnectsItselfAndTriggersAgain)
 {
-    connect('o', [&](Handler &self) {
-        disconnect(self);
-        fire();
-    });
+    connect('o', [&](Handler &self) { disconnect(self), fire(); });
     EXPECT_EQ(round(), "o");
 }
 

@@ -48,7 +48,6 @@ TEST_F(LangstrXml, Reading)
         {R"(<other lang="da">X</other><n lang="da">Y</n><!-- n -->text<n lang="fi">Z</n>)", TRUE,
          "da=Y fi=Z"},
         // Duplicate locales: the later text wins, equal undefined texts merge.
-        {R"(<n lang="en">A</n><n lang="en-uk">B</n>)", TRUE, "en-uk=B"},
         {R"(<n lang="">A</n><n lang="">A</n><n lang="da">A</n>)", TRUE, "da=A"},
         {"<n lang=\"sv\">  a \t\n b  </n><n lang=\"da\">x&#xD;&#x9;y</n>", TRUE, "sv=a b da=x y"},
         {"<n lang=\"sv\">  a \t\n b  </n><n lang=\"da\">x&#xD;&#x9;y</n>", FALSE, "sv=a  \n b da=x  y"},

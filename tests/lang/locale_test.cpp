@@ -69,17 +69,16 @@ TEST_F(SystemLocale, NameTriesTheWholeNameThenTheLanguage)
     // language alone decides; "no" is not rewritten here; "_SE" must not give
     // the undefined locale.
     const char *const unsupported = "Unsupported locale tag.";
-    struct {
-        const char *name, *result; // a tag, or the message when nothing maps
-    } cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
+        // a tag, or the message when nothing maps
         // clang-format off
         {"pt_BR", "pt-br"}, {"en_US", "en-us"}, {"en_US.UTF-8", "en-uk"}, {"de_AT.UTF-8", "de-de"},
         {"NB_no", "nb"}, {"no_NO", unsupported}, {"_SE", unsupported}, {"sv\xe9", "Non-ascii byte found where not allowed."},
         // clang-format on
     };
-    for (const auto &c : cases) {
-        const OvLocale *mapped = ov_platform_map_system_locale_name(c.name);
-        EXPECT_EQ(mapped != nullptr ? mapped->tag : ov_error_get(), std::string(c.result)) << c.name;
+    for (const auto &[name, result] : cases) {
+        const OvLocale *mapped = ov_platform_map_system_locale_name(name);
+        EXPECT_EQ(mapped != nullptr ? mapped->tag : ov_error_get(), std::string(result)) << name;
         ov_error_clear();
     }
 }

@@ -20,6 +20,7 @@ namespace
 
 int allowed_depth = 0;
 int let_through = 0;
+std::vector<int> helper_wait_depths;
 
 GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields, gsize n_fields, gpointer)
 {
@@ -127,11 +128,6 @@ int run_with_file_size_limit(long max_bytes, const std::function<bool()> &body)
         return setrlimit(RLIMIT_FSIZE, &limit) == 0 && body();
     });
 }
-
-namespace
-{
-std::vector<int> helper_wait_depths;
-} // namespace
 
 HelperWait::HelperWait()
 {
