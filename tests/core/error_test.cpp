@@ -11,7 +11,7 @@ namespace
 using ErrorBuffer = ov::test::ErrorCleared;
 
 // An empty buffer reads as empty text, never null.
-TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTopAndClearEmpties)
+TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTop)
 {
     EXPECT_STREQ(ov_error_get(), "");
     ov_error_append("Cause.");
@@ -20,35 +20,8 @@ TEST_F(ErrorBuffer, AppendPutsNewestSentenceOnTopAndClearEmpties)
     EXPECT_STREQ(ov_error_get(), "Context.\n\nCause.");
     ov_error_append_utf8_printf("Could not open: %s", "a.template");
     EXPECT_STREQ(ov_error_get(), "Could not open: a.template\n\nContext.\n\nCause.");
-    ov_error_clear();
-    EXPECT_STREQ(ov_error_get(), "");
-}
-
-TEST_F(ErrorBuffer, SettersReplaceWholeText)
-{
-    ov_error_set("old");
-    ov_error_append("context");
-    ov_error_set_utf8_printf("Missing XML attribute: %s", "lang");
+    ov_error_set_utf8_printf("Missing XML attribute: %s", "lang"); // replaces the whole text
     EXPECT_STREQ(ov_error_get(), "Missing XML attribute: lang");
-
-    const struct {
-        void (*set)();
-        const char *text;
-    } fixed[] = {
-        // clang-format off
-        {ov_error_set_unknown, "An unknown program error has occured."},
-        {ov_error_set_file_io_reading, "File I/O error when reading file."},
-        {ov_error_set_file_io_reading_broken_file, "File I/O error when reading file: The file is broken."},
-        {ov_error_set_file_io_writing, "File I/O error when writing to file."},
-        {ov_error_set_not_enough_diskspace, "There is not enough disk space on this computer."},
-        {ov_error_set_out_of_memory, "The program has run out of memory."},
-        // clang-format on
-    };
-    for (const auto &row : fixed) {
-        ov_error_append("earlier");
-        row.set();
-        EXPECT_STREQ(ov_error_get(), row.text);
-    }
 }
 
 TEST_F(ErrorBuffer, OutOfMemoryFlagFollowsLastReplacementThroughAppends)
@@ -61,18 +34,10 @@ TEST_F(ErrorBuffer, OutOfMemoryFlagFollowsLastReplacementThroughAppends)
     EXPECT_TRUE(ov_error_did_run_out_of_memory());
     const std::string informative = ov_error_get();
     EXPECT_EQ(informative.rfind("The program has run out of memory.\n\nSuggestion: Consider", 0), 0u);
-    EXPECT_NE(informative.find("\ncomputer simultaneously."), std::string::npos);
     EXPECT_EQ(informative.find("Could not load"), std::string::npos);
 
     ov_error_set("Plain.");
-    EXPECT_FALSE(ov_error_did_run_out_of_memory());
-    EXPECT_FALSE(ov_error_make_more_informative_if_out_of_memory());
-    EXPECT_STREQ(ov_error_get(), "Plain.");
-
-    ov_error_set_informative_out_of_memory();
-    EXPECT_TRUE(ov_error_did_run_out_of_memory());
-    ov_error_clear();
-    EXPECT_FALSE(ov_error_did_run_out_of_memory());
+    EXPECT_FALSE(ov_error_did_run_out_of_memory() || ov_error_make_more_informative_if_out_of_memory());
 }
 
 TEST_F(ErrorBuffer, LineLimitCutsAfterNthFeedAndDropsTheRunBeforeIt)
@@ -84,8 +49,7 @@ TEST_F(ErrorBuffer, LineLimitCutsAfterNthFeedAndDropsTheRunBeforeIt)
     } cases[] = {
         // clang-format off
         {"l1\nl2\n\n\nl5", 3, "l1\nl2\n\n(Error message truncated.)"},
-        {"l1\nl2\n", 2, "l1\nl2\n\n(Error message truncated.)"}, {"l1\nl2", 2, "l1\nl2"},
-        {"l1\nl2", 5, "l1\nl2"}, {"l1\nl2", 0, "\n\n(Error message truncated.)"}, {"l1\nl2", -1, "l1\nl2"},
+        {"l1\nl2\n", 2, "l1\nl2\n\n(Error message truncated.)"}, {"l1\nl2", 2, "l1\nl2"}, {"l1\nl2", -1, "l1\nl2"},
         // clang-format on
     };
     for (const auto &c : cases) {
@@ -93,9 +57,6 @@ TEST_F(ErrorBuffer, LineLimitCutsAfterNthFeedAndDropsTheRunBeforeIt)
         ov_error_limit_line_count(c.limit);
         EXPECT_STREQ(ov_error_get(), c.expected) << "limit " << c.limit << " of " << c.text;
     }
-    ov_error_clear();
-    ov_error_limit_line_count(3);
-    EXPECT_STREQ(ov_error_get(), "");
 }
 
 TEST_F(ErrorBuffer, ForeignErrorsAreTranslated)
@@ -107,38 +68,15 @@ TEST_F(ErrorBuffer, ForeignErrorsAreTranslated)
     GError *error = g_error_new_literal(G_FILE_ERROR, 4, "Broken");
     ov_error_set_from_gerror_and_free(error);
     EXPECT_STREQ(ov_error_get(), "GError 4: Broken");
-
-    ov_error_set_from_zip_error_code(ZIP_ER_NOENT);
-    EXPECT_STREQ(ov_error_get(), "No such file");
-    zip_error_t zip_error;
-    zip_error_init_with_code(&zip_error, ZIP_ER_NOZIP);
-    ov_error_set_from_zip_error(&zip_error);
-    EXPECT_STREQ(ov_error_get(), "Not a zip archive");
-    zip_error_fini(&zip_error);
 }
 
-TEST_F(ErrorBuffer, CairoStatusTable)
+TEST_F(ErrorBuffer, CairoNoMemoryIsOutOfMemory)
 {
-    const struct {
-        cairo_status_t status;
-        const char *text;
-        bool memory;
-    } cases[] = {
-        // clang-format off
-        {CAIRO_STATUS_NO_MEMORY, "The program has run out of memory.", true},
-        {CAIRO_STATUS_READ_ERROR, "Error reading data.", false},
-        {CAIRO_STATUS_WRITE_ERROR, "Error writing data.", false},
-        {CAIRO_STATUS_FILE_NOT_FOUND, "File not found error.", false},
-        {CAIRO_STATUS_PNG_ERROR, "PNG error.", false},
-        {static_cast<cairo_status_t>(19), "An internal error in the graphics subsystem occurred.", false},
-        {CAIRO_STATUS_SUCCESS, "An internal error in the graphics subsystem occurred.", false},
-        // clang-format on
-    };
-    for (const auto &c : cases) {
-        ov_error_set_from_cairo_status(c.status);
-        EXPECT_STREQ(ov_error_get(), c.text);
-        EXPECT_EQ(static_cast<bool>(ov_error_did_run_out_of_memory()), c.memory);
-    }
+    ov_error_set_from_cairo_status(CAIRO_STATUS_NO_MEMORY);
+    EXPECT_TRUE(ov_error_did_run_out_of_memory());
+    ov_error_set_from_cairo_status(CAIRO_STATUS_SUCCESS);
+    EXPECT_STREQ(ov_error_get(), "An internal error in the graphics subsystem occurred.");
+    EXPECT_FALSE(ov_error_did_run_out_of_memory());
 }
 
 } // namespace

@@ -17,15 +17,6 @@ std::string printable(const char *text)
     return testing::PrintToString(text ? text : "(null)");
 }
 
-// Every byte 1..255 once, in order.
-std::string all_nonzero_bytes()
-{
-    std::string bytes;
-    for (int b = 1; b <= 255; ++b)
-        bytes += static_cast<char>(b);
-    return bytes;
-}
-
 // The argument back ("(same)"), or the error text.
 template <class Assertion> std::string asserted(Assertion assertion, const char *text)
 {
@@ -36,14 +27,8 @@ template <class Assertion> std::string asserted(Assertion assertion, const char 
 
 TEST_F(Strings, AssertionsSayWhatIsWrong)
 {
-    for (auto assertion : {ov_ascii_assert_in_latin1, ov_ascii_assert_in_utf8})
-        for (auto [text, expected] : {std::pair{"Plain 123 ~\x7f", "(same)"},
-                                      {"caf\xe9", "Non-ascii byte found where not allowed."},
-                                      {"caf\xc3\xa9", "Non-ascii byte found where not allowed."}})
-            EXPECT_EQ(asserted(assertion, text), expected) << printable(text);
-    for (auto assertion : {ov_latin1_assert_nonempty, ov_utf8_assert_nonempty})
-        EXPECT_EQ(asserted(assertion, "x") + asserted(assertion, nullptr) + asserted(assertion, ""),
-                  "(same)Text content does not exist.Text content is empty.");
+    EXPECT_EQ(asserted(ov_ascii_assert_in_latin1, "Plain 123 ~\x7f"), "(same)");
+    EXPECT_EQ(asserted(ov_ascii_assert_in_utf8, "caf\xc3\xa9"), "Non-ascii byte found where not allowed.");
     // Frees only on failure: a leak or a double free shows in the sanitizer run.
     for (auto assertion : {ov_latin1_assert_nonempty_or_free, ov_utf8_assert_nonempty_or_free}) {
         ov::GStr kept(g_strdup("kept"));
@@ -52,7 +37,7 @@ TEST_F(Strings, AssertionsSayWhatIsWrong)
         EXPECT_STREQ(ov_error_get(), "Text content is empty.");
     }
     EXPECT_TRUE(ov_utf8_validate("ok\xff", 2));
-    for (auto [text, length] : {std::pair{"caf\xe9", -1}, {"\xed\xa0\x80", -1}, {"\xc3\xa9", 1}}) {
+    for (auto [text, length] : {std::pair{"\xed\xa0\x80", -1}, {"\xc3\xa9", 1}}) {
         EXPECT_FALSE(ov_utf8_validate(text, length)) << printable(text);
         EXPECT_STREQ(ov_error_get(), "Invalid UTF-8 data.");
     }
@@ -63,15 +48,10 @@ TEST_F(Strings, ReplaceCatSuffixAndWhitespace)
     char text[] = "a.b.c";
     EXPECT_EQ(ov_char_replace_char(text, '.', '/'), text);
     EXPECT_STREQ(text, "a/b/c");
-    for (auto [text, search, replacement, expected] : {std::tuple{"a,b,,c", ",", "--", "a--b----c"},
-                                                       {"aaa", "aa", "b", "ba"},
-                                                       {"\xe9t\xe9", "\xe9", "e", "ete"}}) {
-        EXPECT_EQ(str(ov_char_strdup_replace(text, search, replacement)), expected) << text;
-        EXPECT_EQ(str(ov_char_strdup_replace_and_free(g_strdup(text), search, replacement)), expected);
-    }
+    EXPECT_EQ(str(ov_char_strdup_replace("a,b,,c", ",", "--")), "a--b----c");
+    EXPECT_EQ(str(ov_char_strdup_replace("aaa", "aa", "b")), "ba");
     const char *parts[] = {"a", nullptr, "", "b\xc3\xa9", nullptr};
     EXPECT_EQ(str(ov_utf8_cat_(parts, 5)) + str(ov_utf8_cat()), "ab\xc3\xa9");
-    EXPECT_EQ(str(ov_utf8_cat("/tmp", "/", nullptr, "x.xml")), "/tmp/x.xml");
     for (auto [text, suffix, expected] : {std::tuple{"photo.JPG", ".jpg", TRUE},
                                           {"photo.jpeg", ".jpg", FALSE},
                                           {"caf\xc3\x89", "\xc3\xa9", FALSE} /* only ASCII folds */})
@@ -86,13 +66,12 @@ TEST_F(Strings, ReplaceCatSuffixAndWhitespace)
 
 TEST_F(Strings, Conversions)
 {
-    const std::string bytes = all_nonzero_bytes();
+    std::string bytes; // every byte but NUL
+    for (int b = 1; b <= 255; ++b)
+        bytes += static_cast<char>(b);
     const std::string utf8 =
         str(g_convert(bytes.c_str(), -1, "UTF-8", "ISO-8859-1", nullptr, nullptr, nullptr));
     EXPECT_EQ(str(ov_convert_latin1_to_utf8(bytes.c_str())), utf8);
-    std::vector<char> buffer(2 * bytes.size() + 1, 'x');
-    EXPECT_EQ(ov_convert_latin1_to_utf8_buf(bytes.c_str(), buffer.data()), buffer.data());
-    EXPECT_EQ(buffer.data(), utf8);
     EXPECT_EQ(str(ov_convert_utf8_to_latin1(utf8.c_str())), bytes);
     for (const char *bad : {"\xe2\x82\xac", "a\xe9"}) {
         EXPECT_EQ(ov_convert_utf8_to_latin1(bad), nullptr) << printable(bad);
@@ -105,12 +84,6 @@ TEST_F(Strings, Conversions)
         EXPECT_EQ(ov_convert_test_utf8_char_for_latin1(character), expected) << printable(character);
     EXPECT_STREQ(ov_error_get(), "");
 
-    const gunichar2 source[] = {'a', 0xD83D, 0xDE00, 'a', 0};
-    gunichar2 copy[6] = {9, 9, 9, 9, 9, 9};
-    EXPECT_EQ(ov_utf16_replace_code_unit(ov_utf16_strcpy(copy, source), 'a', 'b'), copy);
-    EXPECT_EQ(std::vector<gunichar2>(copy, copy + 6),
-              (std::vector<gunichar2>{'b', 0xD83D, 0xDE00, 'b', 0, 9}));
-    EXPECT_EQ(ov_utf16_strlen(copy), 4u);
     ov::Owned<gunichar2, g_free> utf16(ov_convert_utf8_to_utf16("a\xc3\xa9\xf0\x9f\x98\x80"));
     EXPECT_EQ(str(ov_convert_utf16_to_utf8(utf16.get())), "a\xc3\xa9\xf0\x9f\x98\x80");
     const gunichar2 lone_surrogate[] = {'a', 0xD800, 0};
@@ -120,21 +93,11 @@ TEST_F(Strings, Conversions)
 
 TEST_F(Strings, FileNameForms)
 {
-    for (auto [id, expected] : {std::pair{"A/B", "A`2fB"},
-                                {"`\x01\x7f\x80\xff", "`60`01`7f`80`ff"},
-                                {"az AZ 09 $%'-_@~!{}()#&+,;=[].", "az AZ 09 $%'-_@~!{}()#&+,;=[]."},
-                                {"a\\b:c*d?e\"f<g>h|i^", "a`5cb`3ac`2ad`3fe`22f`3cg`3eh`7ci`5e"}})
-        EXPECT_EQ(str(ov_convert_object_id_to_fat_safe_file_name_format(id)), expected) << id;
-    const std::string bytes = all_nonzero_bytes();
-    const std::string safe = str(ov_convert_object_id_to_fat_safe_file_name_format(bytes.c_str()));
-    EXPECT_EQ(str(ov_convert_fat_safe_file_name_format_to_object_id(safe.c_str(), safe.size())), bytes);
+    EXPECT_EQ(str(ov_convert_object_id_to_fat_safe_file_name_format("a/b:`\x01")), "a`2fb`3a`60`01");
     // Decoding reads only the given length (a NUL ends it early); needless
     // escapes are accepted, upper-case digits and cut escapes are not.
-    for (auto [text, length, expected] : {std::tuple{"A`2fB.obj", 5, "A/B"},
-                                          {"ab\0cd", 5, "ab"},
-                                          {"`41", 3, "A"},
-                                          {"A`2FB", 5, "(null)"},
-                                          {"a`2fb", 3, "(null)"}})
+    for (auto [text, length, expected] :
+         {std::tuple{"A`2fB.obj", 5, "A/B"}, {"A`2FB", 5, "(null)"}, {"a`2fb", 3, "(null)"}})
         EXPECT_EQ(str(ov_convert_fat_safe_file_name_format_to_object_id(text, length)), expected) << text;
     EXPECT_STREQ(ov_error_get(), "");
     // Runs of unsafe bytes become one hyphen; a hyphen of the input is kept.
@@ -143,97 +106,59 @@ TEST_F(Strings, FileNameForms)
         EXPECT_EQ(str(ov_convert_object_id_to_ntfs_safe_file_name_format(id)), expected) << printable(id);
 }
 
-struct Normaliser {
-    char *(*in_place)(char *);
-    char *(*copy)(const char *);
-};
-
-// The latin1 and the utf8 member of one family.
-#define OV_NORMALISERS(kind)                                                                                 \
-    {                                                                                                        \
-        Normaliser{ov_strip_surrounding_and_##kind##_within_original_for_latin1,                             \
-                   ov_strip_surrounding_and_##kind##_in_new_for_latin1},                                     \
-            Normaliser{ov_strip_surrounding_and_##kind##_within_original_for_utf8,                           \
-                       ov_strip_surrounding_and_##kind##_in_new_for_utf8},                                   \
-    }
-
 // Runs the in-place form, whose result starts at offset in the buffer, and
 // the copying form.
-void check(const Normaliser &n, const char *input, const char *expected, gsize offset)
+void check(char *(*in_place)(char *), char *(*copy)(const char *), const char *input, const char *expected,
+           gsize offset)
 {
     SCOPED_TRACE(printable(input));
     ov::GStr buffer(g_strdup(input));
-    EXPECT_EQ(n.in_place(buffer.get()), buffer.get() + offset);
+    EXPECT_EQ(in_place(buffer.get()), buffer.get() + offset);
     EXPECT_STREQ(buffer.get() + offset, expected);
-    EXPECT_EQ(str(n.copy(input)), expected);
+    EXPECT_EQ(str(copy(input)), expected);
 }
+
+#define OV_CHECK(kind, encoding, ...)                                                                        \
+    check(ov_strip_surrounding_and_##kind##_within_original_for_##encoding,                                  \
+          ov_strip_surrounding_and_##kind##_in_new_for_##encoding, __VA_ARGS__)
 
 TEST_F(Strings, WhitespaceNormalisers)
 {
-    const Normaliser detabify[] = OV_NORMALISERS(detabify), spacify[] = OV_NORMALISERS(spacify),
-                     compactly[] = OV_NORMALISERS(spacify_compactly);
-    for (int e = 0; e < 2; ++e) { // ASCII reads the same in both encodings
-        check(compactly[e], "  a\t\nb  c ", "a b c", 2);
-        check(detabify[e], "  a\t\nb ", "a \nb", 2);
-        check(spacify[e], "a\r\n\fb", "a   b", 0);
-        check(spacify[e], " \t\n ", "", 4);
-    }
-    check(compactly[0], " caf\xe9\v\vx ", "caf\xe9 x", 1);
+    OV_CHECK(spacify_compactly, latin1, " caf\xe9\v\vx ", "caf\xe9 x", 1);
+    OV_CHECK(detabify, latin1, "  a\t\nb ", "a \nb", 2);
+    OV_CHECK(spacify, utf8, "a\r\n\fb", "a   b", 0);
+    OV_CHECK(spacify, utf8, " \t\n ", "", 4);
     // Multi-byte spaces become one byte and the text behind moves up; broken
-    // UTF-8 is kept byte for byte and never read past its end.
-    check(compactly[1],
-          "\xe3\x80\x80"
-          "a\xc2\xa0\xc2\xa0"
-          "b\xe2\x80\xa8",
-          "a b", 3);
-    check(spacify[1], "a\vb", "a\vb", 0);
-    check(compactly[1], " a\xff  b\xe3\x80", "a\xff b\xe3\x80", 1);
+    // UTF-8 is kept byte for byte and never read past its end; \v is no space.
+    OV_CHECK(spacify_compactly, utf8,
+             "\xe3\x80\x80"
+             "a\xc2\xa0\xc2\xa0"
+             "b\xe2\x80\xa8",
+             "a b", 3);
+    OV_CHECK(spacify, utf8, "a\vb", "a\vb", 0);
+    OV_CHECK(spacify_compactly, utf8, " a\xff  b\xe3\x80", "a\xff b\xe3\x80", 1);
 }
 
 TEST_F(Strings, Base16)
 {
-    std::vector<guint8> bytes;
-    for (int b = 0; b < 256; ++b)
-        bytes.push_back(static_cast<guint8>(b));
-    const std::string text = str(ov_util_encode_base16(bytes.data(), bytes.size()));
-    EXPECT_EQ(text.substr(0, 8) + text.substr(504), "00010203fcfdfeff");
+    const guint8 bytes[] = {0, 0x7f, 0xff};
+    EXPECT_EQ(str(ov_util_encode_base16(bytes, 3)), "007fff");
     gsize length = 0;
-    ov::Owned<guint8, g_free> decoded(ov_util_decode_base16(text.c_str(), &length));
-    EXPECT_EQ(std::vector<guint8>(decoded.get(), decoded.get() + length), bytes);
     // The empty text decodes to no buffer, a length of 0 and no error.
     EXPECT_TRUE(ov_util_decode_base16("", &length) == nullptr && length == 0 && !*ov_error_get());
     // Upper case is never written, so never read.
-    for (auto [text, message] : {std::pair{"abc", "Illegal base 16 string length."},
-                                 {"0G", "Illegal base 16 character."},
-                                 {"0A", "Illegal base 16 character."},
-                                 {"\xc3\xa9", "Illegal base 16 character."}}) {
+    for (auto [text, message] : {
+             std::pair{"abc", "Illegal base 16 string length."},
+             {"0A", "Illegal base 16 character."},
+         }) {
         EXPECT_EQ(ov_util_decode_base16(text, nullptr), nullptr) << text;
         EXPECT_STREQ(ov_error_get(), message) << text;
         ov_error_clear();
     }
-    guint8 value = 0;
-    EXPECT_TRUE(ov_util_decode_base16_byte("e9", &value) && value == 0xe9);
-    EXPECT_FALSE(ov_util_decode_base16_byte("e", &value)); // stops at the terminator
 }
 
 constexpr int (*kNatural[])(const char *, const char *) = {strnatcmp, strnatcasecmp, strnatzerocmp,
                                                            strnatzerocasecmp};
-
-// Sort keys order every pair of texts as strnatzerocasecmp does.
-TEST(NaturalOrder, SortKeysFollowTheZeroAndCaseIgnoringOrder)
-{
-    const char *texts[] = {"",      "0",   "00",    "007",   "7",   "R7",   "r007", "R10", "r9",
-                           "R 1 0", "a1b", "A01B2", "1.05",  "1.5", "1.50", "x09",  "x9",  "X10",
-                           "[",     "a",   "\xe9",  "\305a", "9z",  "10",   " 10",  "1 0", "!",
-                           "/",     ":",   "@",     "A",     "Z",   "_",    "z",    "~"};
-    for (const char *a : texts)
-        for (const char *b : texts) {
-            const int keys = strnatzerocase_key(a).compare(strnatzerocase_key(b));
-            const int direct = strnatzerocasecmp(a, b);
-            EXPECT_EQ((keys > 0) - (keys < 0), (direct > 0) - (direct < 0))
-                << printable(a) << " " << printable(b);
-        }
-}
 
 TEST(NaturalOrder, EachVariantOnTheCasesThatTellThemApart)
 {
@@ -244,10 +169,9 @@ TEST(NaturalOrder, EachVariantOnTheCasesThatTellThemApart)
     const struct {
         const char *a, *b, *order;
     } cases[] = {
-        {"r2", "R10", "><><"},        {"r02", "R2", "><>="},       {"R010", "R9", "<<>>"},
-        {"1.010", "1.01", ">>>>"},    {"  a\tb\n", "a b", "===="}, {"z", "\xe9", "<<<<"},
-        {"[", "a", "<><>"},           {nullptr, "", "<<<<"},       {"a19", "a91", "<<<<"},
-        {"p1239b", "p1322a", "<<<<"},
+        {"r2", "R10", "><><"},     {"r02", "R2", "><>="},       {"R010", "R9", "<<>>"},
+        {"1.010", "1.01", ">>>>"}, {"  a\tb\n", "a b", "===="}, {"z", "\xe9", "<<<<"},
+        {"[", "a", "<><>"},        {nullptr, "", "<<<<"},       {"p1239b", "p1322a", "<<<<"},
     };
     for (const auto &c : cases) {
         std::string forward, backward;

@@ -5,27 +5,19 @@
 #include "core_test.h"
 #include "zip_fixture.h"
 
-#include <libxml/globals.h>
 #include <libxml/parser.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <thread>
 
 namespace
 {
 
 using namespace ov::test;
 
-// Outcomes read as one string: the value, "(null)" for a null success, or "FALSE <out>: <error>"
-// (getters with an out; "untouched": out not set) or "null: <error>" (getters returning the value).
 class XmlTest : public CoreTest
 {
   protected:
@@ -36,24 +28,6 @@ class XmlTest : public CoreTest
     }
 
     static std::string error_text() { return ov_error_get(); }
-    static std::string or_error(gchar *text) { return text != nullptr ? str(text) : "null: " + error_text(); }
-    static std::string string_out(const std::function<gboolean(gchar **)> &call)
-    {
-        static gchar marker[] = "untouched";
-        gchar *out = marker;
-        const gboolean ok = call(&out);
-        const std::string value = out == marker ? std::string(marker) : str(out);
-        return ok ? value : "FALSE " + value + ": " + error_text();
-    }
-    template <class T> static std::string number_out(const std::function<gboolean(T *)> &call)
-    {
-        T out = 7;
-        const gboolean ok = call(&out);
-        char text[G_ASCII_DTOSTR_BUF_SIZE];
-        const std::string value = g_ascii_formatd(text, sizeof text, "%g", static_cast<double>(out));
-        return ok ? value : "FALSE " + value + ": " + error_text();
-    }
-
     TempDir dir_;
     std::vector<ov::XmlDocPtr> docs_;
 };
@@ -74,9 +48,8 @@ TEST_F(XmlTest, BadFilesFailFastWithLibxmlMessageUnderTheSentence)
         prefixes += std::string("<") + prefix + ":b/>";
     // clang-format off
     const std::vector<std::pair<std::string, const char *>> cases = {
-        {"", "Document is empty"}, {"<a><b></a>", "Opening and ending tag mismatch: b"},
-        {"<a><b>text", "Premature end of data"}, {"<a>&nope;</a>", "Entity 'nope' not defined"},
-        {"<a>caf\xE9</a>", "Input is not proper UTF-8"}, {laughs, "Detected an entity reference loop"},
+        {"<a><b>text", "Premature end of data"}, {"<a>caf\xE9</a>", "Input is not proper UTF-8"},
+        {laughs, "Detected an entity reference loop"},
         {"<a>" + std::string(10000001, 'x') + "</a>", "huge text node"},
         {prefixes, "Namespace prefix p0 on b is not defined"},
     };
@@ -107,33 +80,6 @@ TEST_F(XmlTest, BadFilesFailFastWithLibxmlMessageUnderTheSentence)
     EXPECT_TRUE(error_text().starts_with(parse_sentence)) << error_text();
 }
 
-TEST_F(XmlTest, ExternalEntityIsNeverFetchedFromTheNetwork)
-{
-    // Notes a connection and hangs up, so a parser that connected fails fast.
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
-    socklen_t length = sizeof address;
-    auto *any = reinterpret_cast<sockaddr *>(&address);
-    ASSERT_EQ(bind(fd, any, length) + listen(fd, 4) + getsockname(fd, any, &length), 0);
-    std::atomic<bool> done{false}, contacted{false};
-    std::thread listener([&] {
-        for (pollfd poller{fd, POLLIN, 0}; !done;) {
-            if (poll(&poller, 1, 10) > 0) {
-                contacted = true;
-                close(accept(fd, nullptr, nullptr));
-            }
-        }
-    });
-    const std::string url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/x";
-    EXPECT_EQ(parse("<!DOCTYPE a [<!ENTITY x SYSTEM \"" + url + "\">]><a>&x;</a>"), nullptr);
-    EXPECT_EQ(error_text(),
-              "Could not parse XML data.\n\nExternal entity outside the document's folder refused: " + url);
-    done = true;
-    listener.join();
-    close(fd);
-    EXPECT_FALSE(contacted);
-}
-
 // External entities and DTDs come only from files in the document's folder;
 // whatever leads outside is refused and its content shows nowhere.
 TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
@@ -155,13 +101,11 @@ TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
         const char *expected; // null: refused
     } cases[] = {
         // clang-format off
-        // clang-format off
         {"beside.ent", false, "beside"}, {dir_.file("beside.ent"), false, "beside"},
         {"file://" + dir_.file("beside.ent"), false, "beside"}, {"beside.dtd", true, "from the dtd"},
         {"sub/nested.ent", true, "beside"}, {secret, false, nullptr}, {"file://" + secret, false, nullptr},
         {relative_secret, false, nullptr}, {"link", false, nullptr}, {"sub/../link", false, nullptr},
-        {outside.file("secret.dtd"), true, nullptr}, {"/dev/zero", false, nullptr}, {"ftp://127.0.0.1/x", false, nullptr},
-        // clang-format on
+        {outside.file("secret.dtd"), true, nullptr}, {"/dev/zero", false, nullptr}, {"http://127.0.0.1:9/x", false, nullptr},
         // clang-format on
     };
     for (const auto &c : cases) {
@@ -188,44 +132,10 @@ TEST_F(XmlTest, ExternalEntitiesLoadOnlyFromTheDocumentsFolder)
     EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, xmlDocGetRootElement(doc))), "from the dtd");
 }
 
-void remember(void *context, const char *format, ...)
-{
-    static_cast<std::string *>(context)->append(format);
-}
-
-// Whatever libxml2's defaults, entities are substituted and the external DTD loaded; all is put back.
-TEST_F(XmlTest, ParsingKeepsItsOptionsAndRestoresLibxmlState)
-{
-    std::string foreign;
-    xmlSetGenericErrorFunc(&foreign, remember);
-    const int substitute = xmlSubstituteEntitiesDefault(0);
-    const int load_ext_dtd = std::exchange(xmlLoadExtDtdDefaultValue, 0);
-
-    const std::string dtd = dir_.file("a.dtd");
-    write_file(dtd, "<!ENTITY ext \"from outside\"><!ATTLIST a kind CDATA \"plain\">");
-    xmlDoc *doc = parse("<!DOCTYPE a SYSTEM \"" + dtd + "\" [<!ENTITY in \"inside\">]><a>&in; &ext;</a>");
-    ASSERT_NE(doc, nullptr) << error_text();
-    xmlNode *root = xmlDocGetRootElement(doc);
-    EXPECT_EQ(root->children->type, XML_TEXT_NODE) << "no entity reference nodes";
-    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, root)), "inside from outside");
-    EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_utf8(root, "kind")), "plain");
-
-    EXPECT_NE(parse("<a><p:b/></a>"), nullptr);
-    EXPECT_EQ(parse("<a></b>"), nullptr);
-    EXPECT_EQ(error_text().find("Namespace"), std::string::npos) << "warning of the last success kept";
-
-    EXPECT_TRUE(xmlGenericError == remember && xmlGenericErrorContext == &foreign) << "handler restored";
-    EXPECT_EQ(foreign, "");
-    EXPECT_EQ(xmlSubstituteEntitiesDefault(substitute), 0);
-    EXPECT_EQ(std::exchange(xmlLoadExtDtdDefaultValue, load_ext_dtd), 0);
-    xmlSetGenericErrorFunc(nullptr, nullptr);
-}
-
 TEST_F(XmlTest, ParsesZipEntries)
 {
     // "damaged" is stored so its bytes can be changed.
     const std::string bytes = make_zip({{"big.xml", "<a>" + std::string(100000, 'z') + "</a>"},
-                                        {"bad.xml", "<settings>"},
                                         {"damaged.xml", "<a>" + std::string(5000, 'q') + "</a>", true}});
     const std::string damaged = damage(bytes, std::string(100, 'q'), std::string(100, 'Q'));
     ov::ZipArchivePtr archive(ov_zip_open_archive_for_reading_from_buffer(damaged.data(), damaged.size()));
@@ -235,152 +145,64 @@ TEST_F(XmlTest, ParsesZipEntries)
     ASSERT_TRUE(doc) << error_text();
     EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc.get(), xmlDocGetRootElement(doc.get()))).size(),
               100000u);
-    for (const auto &[entry, reason] :
-         {std::pair{"bad.xml", "Premature end of data"}, {"damaged.xml", "CRC"}}) {
-        SCOPED_TRACE(entry);
-        ov_error_clear();
-        EXPECT_EQ(ov_xml_parse_zip_file(archive.get(), entry), nullptr);
-        EXPECT_TRUE(error_text().starts_with("Could not parse compressed XML data.\n\n")) << error_text();
-        EXPECT_NE(error_text().find(reason), std::string::npos) << error_text();
-    }
+    EXPECT_EQ(ov_xml_parse_zip_file(archive.get(), "damaged.xml"), nullptr);
+    EXPECT_TRUE(error_text().starts_with("Could not parse compressed XML data.\n\n")) << error_text();
+    EXPECT_NE(error_text().find("CRC"), std::string::npos) << error_text();
 }
 
-using Call = std::function<std::string(const xmlNode *)>;
-
-TEST_F(XmlTest, AttributeGetters)
-{
-    // clang-format off
-    auto opt = [](gboolean (*get)(gchar **, const xmlNode *, const char *)) -> Call {
-        return [=](const xmlNode *n) { return string_out([&](gchar **out) { return get(out, n, "v"); }); }; };
-    auto req = [](gchar *(*get)(const xmlNode *, const char *)) -> Call {
-        return [=](const xmlNode *n) { return or_error(get(n, "v")); }; };
-    auto number = []<class T>(gboolean (*get)(T *, const xmlNode *)) -> Call {
-        return [=](const xmlNode *n) { return number_out<T>([&](T *out) { return get(out, n); }); }; };
-    const Call utf8 = opt(ov_xml_get_attribute_value_as_utf8), ascii = opt(ov_xml_get_attribute_value_as_ascii),
-               latin1 = opt(ov_xml_get_attribute_value_as_latin1), nonempty = opt(ov_xml_get_nonempty_attribute_value_as_utf8);
-    const Call r_utf8 = req(ov_xml_get_required_attribute_value_as_utf8), r_ascii = req(ov_xml_get_required_attribute_value_as_ascii),
-               r_latin1 = req(ov_xml_get_required_attribute_value_as_latin1),
-               r_ne_utf8 = req(ov_xml_get_nonempty_required_attribute_value_as_utf8),
-               r_ne_latin1 = req(ov_xml_get_nonempty_required_attribute_value_as_latin1);
-    using N = const xmlNode *;
-    const Call bool_t = number(+[](int *o, N n) { return ov_xml_get_attribute_value_as_boolean_with_fallback(o, n, "v", TRUE); }),
-               bool_f = number(+[](int *o, N n) { return ov_xml_get_attribute_value_as_boolean_with_fallback(o, n, "v", FALSE); }),
-               r_bool = number(+[](int *o, N n) { return ov_xml_get_required_attribute_value_as_boolean(o, n, "v"); }),
-               int_0_41 = number(+[](int *o, N n) { return ov_xml_get_attribute_value_as_int_in_range_with_fallback(o, n, "v", 0, 41, 99); }),
-               r_int = number(+[](int *o, N n) { return ov_xml_get_required_attribute_value_as_int(o, n, "v"); }),
-               r_int_50_60 = number(+[](int *o, N n) { return ov_xml_get_required_attribute_value_as_int_in_range(o, n, "v", 50, 60); }),
-               dbl_0_2 = number(+[](double *o, N n) { return ov_xml_get_attribute_value_as_double_in_range_with_fallback(o, n, "v", 0, 2, .25); }),
-               r_dbl_0_3 = number(+[](double *o, N n) { return ov_xml_get_required_attribute_value_as_double_in_range(o, n, "v", 0, 3); });
-    const std::string missing = "Missing XML attribute: v", empty = "Empty XML attribute: v",
-        non_ascii = "Invalid XML attribute content.\n\nNon-ascii byte found where not allowed.",
-        non_latin1 = "Invalid XML attribute content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.",
-        bad_bool = "FALSE 7: Invalid boolean value in XML attribute: v",
-        bad_int = "FALSE 7: Invalid integer value in XML attribute: v\n\n",
-        bad_dbl = "FALSE 7: Invalid floating point number in XML attribute: v\n\n";
-    // Each: the node (no: without attribute v), the getter, the outcome.
-    const char *no = "<a/>", *x = "<a v='x'/>", *blank = "<a v=''/>", *e = "<a v='&#xE9;'/>", *euro = "<a v='&#x20AC;'/>";
-    const std::string too_large = "Integer value out of valid range (too large).";
-    const std::vector<std::tuple<const char *, const Call &, std::string>> cases = {
-        // clang-format off
-        {no, utf8, "(null)"}, {euro, utf8, "\xE2\x82\xAC"}, {x, ascii, "x"}, {e, ascii, "FALSE (null): " + non_ascii},
-        {e, latin1, "\xE9"}, {euro, latin1, "FALSE (null): " + non_latin1}, {x, nonempty, "x"},
-        {blank, nonempty, "FALSE (null): " + empty}, {no, r_utf8, "null: " + missing}, {blank, r_utf8, ""},
-        {x, r_ascii, "x"}, {euro, r_ascii, "null: " + non_ascii}, {e, r_latin1, "\xE9"}, {euro, r_latin1, "null: " + non_latin1},
-        {blank, r_ne_utf8, "null: " + empty}, {x, r_ne_utf8, "x"}, {blank, r_ne_latin1, "null: " + empty},
-        {e, r_ne_latin1, "\xE9"}, {euro, r_ne_latin1, "null: " + non_latin1}, {no, bool_t, "1"}, {no, bool_f, "0"},
-        {"<a v='true'/>", bool_f, "1"}, {"<a v='false'/>", bool_t, "0"}, {"<a v='True'/>", bool_t, bad_bool},
-        {"<a v=' true'/>", bool_t, bad_bool}, {blank, bool_t, "FALSE 7: " + empty}, {no, r_bool, "FALSE 7: " + missing},
-        {"<a v='false'/>", r_bool, "0"}, {"<a v='1'/>", r_bool, bad_bool}, {no, int_0_41, "99"}, {"<a v='41'/>", int_0_41, "41"},
-        {"<a v='42'/>", int_0_41, bad_int + too_large}, {"<a v='-3'/>", r_int, "-3"}, {"<a v='50'/>", r_int_50_60, "50"},
-        {"<a v='12x'/>", int_0_41, bad_int + "Invalid characters in integer value."}, {no, r_int, "FALSE 7: " + missing},
-        {"<a v='2147483648'/>", r_int, bad_int + too_large},
-        {"<a v='42'/>", r_int_50_60, bad_int + "Integer value out of valid range (too small)."},
-        {no, dbl_0_2, "0.25"}, {"<a v='1.5'/>", dbl_0_2, "1.5"}, {"<a v='1.5mm'/>", dbl_0_2, bad_dbl + "Invalid floating-point value."},
-        {"<a v='2.5'/>", dbl_0_2, bad_dbl + "Floating-point value out of valid range (too large)."},
-        {no, r_dbl_0_3, "FALSE 7: " + missing}, {"<a v='3'/>", r_dbl_0_3, "3"},
-        {"<a v='-3'/>", r_dbl_0_3, bad_dbl + "Floating-point value out of valid range (too small)."},
-        // clang-format on
-    };
-    // clang-format on
-    for (const auto &[xml, call, expected] : cases) {
-        SCOPED_TRACE(xml);
-        xmlDoc *doc = parse(xml);
-        ASSERT_NE(doc, nullptr) << error_text();
-        ov_error_clear();
-        EXPECT_EQ(call(xmlDocGetRootElement(doc)), expected);
-    }
-}
-
-// One document, one table: each row reads the child of the root with the
-// given name (every kind of node counts, only direct children).
-TEST_F(XmlTest, DistinctChildrenAndTextContent)
+// The getters share one reader per kind; each kind is read once here.
+TEST_F(XmlTest, GettersReadValuesOrFailWithTheReason)
 {
     xmlDoc *doc =
-        parse("<!DOCTYPE r [<!ENTITY ent \"&#xE9;t&#xE9;\">]><r>text"
-              "<t>  a &amp;\t&ent; <![CDATA[<b>]]>\n x </t><empty/><comment><!--c--></comment><euro>&#x20AC;"
-              " \t x</euro><blank> \n\t </blank><twice/><twice>x</twice><deep><inner/></deep></r>");
-    xmlNode *root = ov_xml_get_root_element(doc);
-    ASSERT_NE(root, nullptr) << error_text();
-    EXPECT_TRUE(ov_xml_node_has_child_node_with_name(root, "deep") &&
-                !ov_xml_node_has_child_node_with_name(root, "inner"));
+        parse("<r e='&#xE9;' euro='&#x20AC;' blank='' b='True' n='42' d='1.5mm'>"
+              "<t> a &amp;\t<![CDATA[<b>]]>\n x </t><euro>&#x20AC;</euro><blank> </blank><c><!--c--></c>"
+              "<twice/><twice/><deep><inner/></deep></r>");
+    xmlNode *r = ov_xml_get_root_element(doc), *child = r;
+    ASSERT_NE(r, nullptr) << error_text();
+    EXPECT_TRUE(ov_xml_node_has_child_node_with_name(r, "deep") &&
+                !ov_xml_node_has_child_node_with_name(r, "inner"));
     EXPECT_EQ(ov_xml_get_root_element(ov::XmlDocPtr(ov_xml_new_doc()).get()), nullptr);
     EXPECT_EQ(error_text(), "Missing root element in XML tree.");
+    gchar *text = nullptr;
+    int number = 7;
+    double real = 7;
+    EXPECT_TRUE(ov_xml_get_attribute_value_as_utf8(&text, r, "none") && text == nullptr);
+    EXPECT_EQ(str(ov_xml_get_nonempty_required_attribute_value_as_latin1(r, "e")), "\xE9");
+    EXPECT_TRUE(ov_xml_get_attribute_value_as_int_in_range_with_fallback(&number, r, "none", 0, 41, 99));
+    EXPECT_EQ(number, 99);
+    EXPECT_EQ(str(ov_xml_get_text_content_as_utf8(doc, ov_xml_get_required_distinct_child_node(r, "t"))),
+              " a &\t<b>\n x ");
+    EXPECT_EQ(
+        str(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, r, "t")),
+        "a & <b> x");
+    EXPECT_TRUE(ov_xml_get_distinct_child_node(&child, r, "inner") && child == nullptr);
 
-    using Read = std::function<std::string(const char *)>;
-    const Read distinct = [&](const char *name) { // the node's name and type, or "none"
-        xmlNode *out = root;
-        if (!ov_xml_get_distinct_child_node(&out, root, name))
-            return std::string(out == nullptr ? "FALSE null: " : "FALSE set: ") + error_text();
-        return out == nullptr ? "none"
-                              : std::string(ov_xml_get_node_name(out)) + " " + std::to_string(out->type);
-    };
-    auto direct = [&](gchar *(*read)(xmlDoc *, const xmlNode *)) -> Read {
-        return [=](const char *name) {
-            return or_error(read(doc, ov_xml_get_required_distinct_child_node(root, name)));
-        };
-    };
-    auto of_child = [&](gboolean (*read)(gchar **, xmlDoc *, const xmlNode *, const char *)) -> Read {
-        return [=](const char *name) {
-            return string_out([&](gchar **out) { return read(out, doc, root, name); });
-        };
-    };
-    const Read required = [&](const char *name) {
-        return or_error(ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(
-            doc, root, name));
-    };
+    const std::string latin1 = " content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.";
     // clang-format off
-    const Read utf8 = direct(ov_xml_get_text_content_as_utf8), latin1 = direct(ov_xml_get_text_content_as_latin1),
-               compact = direct(ov_xml_get_text_content_as_compact_latin1),
-               nonempty = direct(ov_xml_get_nonempty_text_content_as_compact_latin1),
-               c_utf8 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_utf8),
-               c_latin1 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_latin1),
-               c_compact_utf8 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_compact_utf8),
-               c_compact_latin1 = of_child(ov_xml_get_text_content_from_distinct_child_node_as_compact_latin1),
-               c_nonempty_utf8 = of_child(ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_utf8),
-               c_nonempty_latin1 = of_child(ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1);
-    const std::string not_latin1 = "Invalid XML node content.\n\nCharacter incompatible with ISO-8859-1 found where not allowed.",
-        empty = "Missing text content in XML.\n\nText content is empty.", duplicate = "Duplicate XML nodes found where not allowed.",
-        unreadable = "Error reading text content from XML node.";
-    const std::vector<std::tuple<const Read &, const char *, std::string>> cases = {
-        // clang-format off
-        {distinct, "t", "t 1"}, {distinct, "twice", "FALSE null: " + duplicate}, {distinct, "inner", "none"},
-        {distinct, "text", "text 3"}, {utf8, "t", "  a &\t\xC3\xA9t\xC3\xA9 <b>\n x "}, {utf8, "empty", ""},
-        {utf8, "comment", "null: " + unreadable}, {latin1, "t", "  a &\t\xE9t\xE9 <b>\n x "},
-        {latin1, "euro", "null: " + not_latin1}, {compact, "blank", ""}, {nonempty, "t", "a & \xE9t\xE9 <b> x"},
-        {nonempty, "empty", "null: " + empty}, {c_utf8, "none", "(null)"}, {c_utf8, "euro", "\xE2\x82\xAC \t x"},
-        {c_latin1, "euro", "FALSE (null): " + not_latin1}, {c_compact_utf8, "euro", "\xE2\x82\xAC x"},
-        {c_compact_utf8, "comment", "FALSE (null): " + unreadable}, {c_compact_latin1, "t", "a & \xE9t\xE9 <b> x"},
-        {c_nonempty_utf8, "blank", "FALSE (null): " + empty}, {c_nonempty_latin1, "blank", "FALSE (null): " + empty},
-        {required, "euro", "\xE2\x82\xAC x"}, {required, "none", "null: Missing XML node: none"},
-        {required, "twice", "null: " + duplicate}, {required, "blank", "null: " + empty},
-        // clang-format on
+    const std::pair<std::function<bool()>, std::string> failures[] = {
+        {[&] { return !ov_xml_get_attribute_value_as_ascii(&text, r, "e"); }, "Invalid XML attribute content.\n\nNon-ascii byte found where not allowed."},
+        {[&] { return !ov_xml_get_attribute_value_as_latin1(&text, r, "euro"); }, "Invalid XML attribute" + latin1},
+        {[&] { return !ov_xml_get_nonempty_required_attribute_value_as_latin1(r, "blank"); }, "Empty XML attribute: blank"},
+        {[&] { return !ov_xml_get_required_attribute_value_as_boolean(&number, r, "none"); }, "Missing XML attribute: none"},
+        {[&] { return !ov_xml_get_attribute_value_as_boolean_with_fallback(&number, r, "b", TRUE); }, "Invalid boolean value in XML attribute: b"},
+        {[&] { return !ov_xml_get_attribute_value_as_int_in_range_with_fallback(&number, r, "n", 0, 41, 99); },
+         "Invalid integer value in XML attribute: n\n\nInteger value out of valid range (too large)."},
+        {[&] { return !ov_xml_get_attribute_value_as_double_in_range_with_fallback(&real, r, "d", 0, 2, .25); },
+         "Invalid floating point number in XML attribute: d\n\nInvalid floating-point value."},
+        {[&] { return !ov_xml_get_distinct_child_node(&child, r, "twice"); }, "Duplicate XML nodes found where not allowed."},
+        {[&] { return !ov_xml_get_text_content_from_distinct_child_node_as_latin1(&text, doc, r, "euro"); }, "Invalid XML node" + latin1},
+        {[&] { return !ov_xml_get_text_content_as_utf8(doc, ov_xml_get_required_distinct_child_node(r, "c")); }, "Error reading text content from XML node."},
+        {[&] { return !ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(&text, doc, r, "blank"); },
+         "Missing text content in XML.\n\nText content is empty."},
+        {[&] { return !ov_xml_get_nonempty_text_content_from_required_distinct_child_node_as_compact_utf8(doc, r, "none"); }, "Missing XML node: none"},
     };
     // clang-format on
-    for (const auto &[read, name, expected] : cases) {
-        SCOPED_TRACE(name);
+    for (const auto &[fails, error] : failures) {
         ov_error_clear();
-        EXPECT_EQ(read(name), expected);
+        EXPECT_TRUE(fails()) << error;
+        EXPECT_EQ(error_text(), error);
     }
+    EXPECT_TRUE(number == 99 && real == 7) << "numbers are left as they were";
 }
 
 TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
@@ -415,20 +237,6 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
         const std::string bytes = read_file(path);
         EXPECT_NE(bytes.find("\n  <group"), std::string::npos) << "indented: " << bytes;
         EXPECT_NE(bytes.find(encoding), std::string::npos) << bytes;
-
-        // Read and written again: the same bytes.
-        ov::XmlDocPtr back(ov_xml_parse_file(path.c_str()));
-        ASSERT_TRUE(back) << error_text();
-        ASSERT_TRUE(ov_xml_write_to_file(back.get(), path.c_str(), encoding));
-        EXPECT_EQ(read_file(path), bytes);
-
-        // A stream gets the same bytes, after what the caller wrote to it.
-        ov::FilePtr stream(std::fopen(path.c_str(), "wb"));
-        ASSERT_TRUE(stream);
-        std::fputs("<!-- head -->\n", stream.get());
-        EXPECT_TRUE(ov_xml_write_to_stream(doc.get(), stream.get(), encoding)) << error_text();
-        stream.reset();
-        EXPECT_EQ(read_file(path), "<!-- head -->\n" + bytes);
     }
 
     // Failure messages of building and of both writers.
@@ -436,16 +244,10 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
     const std::string no_folder = dir_.file("no/such/folder.xml");
     // clang-format off
     const std::vector<std::pair<std::function<bool()>, std::string>> cases = {
-        {[] { return !ov_xml_add_root_element(nullptr, "r"); }, "Error when creating an XML element."},
-        {[] { return !ov_xml_add_child_element(nullptr, "c"); }, "Error when creating an XML child element."},
-        {[] { return !ov_xml_add_child_element_with_utf8_text_content(nullptr, "c", "x"); }, "Error when creating an XML text child element."},
-        {[&] { return !ov_xml_set_attribute_with_latin1_content(root, "v", nullptr); }, "Missing value for XML attribute."},
-        {[] { return !ov_xml_set_attribute(nullptr, "v", "x"); }, "Error when setting an XML attribute."},
         {[&] { return !ov_xml_write_to_string(nullptr, &length) && length == 0; }, "Could not write XML data to memory buffer."},
         {[&] { return !ov_xml_write_to_file(doc.get(), no_folder.c_str(), "UTF-8"); }, "Cannot open file."},
         {[&] { return !ov_xml_write_to_file(doc.get(), "/dev/full", "UTF-8"); }, "Could not write XML data."},
         {[&] { return !ov_xml_write_to_stream(doc.get(), stream.get(), "X-NOWHERE"); }, "Could not create XML saving context for file."},
-        {[&] { return !ov_xml_write_tabs(read_only.get(), 1); }, "File I/O error when writing to file."},
         {[&] { return !ov_xml_write_string(read_only.get(), "x"); }, "File I/O error when writing to file."},
     };
     // clang-format on
@@ -460,34 +262,17 @@ TEST_F(XmlTest, WritesStringsFilesAndStreamsThatReadBackOrFailsWithAMessage)
 // A carriage return is written followed by a tab.
 TEST_F(XmlTest, HandWrittenLatin1IsEscapedAndReadsBack)
 {
-    // clang-format off
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", ""}, {"plain text", "plain text"}, {"&amp;", "&amp;amp;"}, {"a\r\nb", "a&#xD;&#x9;&#xA;b"},
-        {"\r\r", "&#xD;&#x9;&#xD;&#x9;"}, {"\t\"&'<>", "&#x9;&quot;&amp;&apos;&lt;&gt;"}, {"\xE9\x80\xFF\x7F", "\xE9\x80\xFF\x7F"},
-    };
-    // clang-format on
-    for (const auto &[input, expected] : cases)
-        EXPECT_EQ(str(ov_xml_latin1_to_xml(input.c_str())), expected) << input;
+    EXPECT_EQ(str(ov_xml_latin1_to_xml("&amp;\t\"'<>\xE9\x7F")),
+              "&amp;amp;&#x9;&quot;&apos;&lt;&gt;\xE9\x7F");
     EXPECT_EQ(ov_xml_latin1_to_xml(nullptr), nullptr);
 
-    const std::string text = "line one\r\nline\ttwo \"quoted\" & <tagged> caf\xE9",
-                      path = dir_.file("hand.xml");
+    const std::string path = dir_.file("hand.xml");
     ov::FilePtr stream(std::fopen(path.c_str(), "wb"));
-    ASSERT_TRUE(stream);
-    std::fputs("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<r>", stream.get());
-    EXPECT_TRUE(ov_xml_write_tabs(stream.get(), 0) && ov_xml_write_tabs(stream.get(), -1) &&
-                ov_xml_write_tabs(stream.get(), 2));
-    std::fputs("<t v=\"", stream.get());
-    EXPECT_TRUE(ov_xml_write_string(stream.get(), text.c_str()) && ov_xml_write_string(stream.get(), ""));
-    std::fputs("\"/></r>\n", stream.get());
+    std::fputs("<r>", stream.get());
+    EXPECT_TRUE(ov_xml_write_tabs(stream.get(), 2) && ov_xml_write_string(stream.get(), "a\r\n\xE9"));
+    std::fputs("</r>", stream.get());
     stream.reset();
-    EXPECT_NE(read_file(path).find("<r>\t\t<t v=\"line one&#xD;&#x9;&#xA;"), std::string::npos)
-        << read_file(path);
-    ov::XmlDocPtr doc(ov_xml_parse_file(path.c_str()));
-    ASSERT_TRUE(doc) << error_text();
-    const xmlNode *t = ov_xml_get_required_distinct_child_node(xmlDocGetRootElement(doc.get()), "t");
-    EXPECT_EQ(str(ov_xml_get_required_attribute_value_as_latin1(t, "v")),
-              "line one\r\t\nline\ttwo \"quoted\" & <tagged> caf\xE9");
+    EXPECT_EQ(read_file(path), "<r>\t\ta&#xD;&#x9;&#xA;\xE9</r>");
 }
 
 } // namespace

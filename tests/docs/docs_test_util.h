@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,9 @@ namespace ov::test
 inline std::vector<std::string> list_folder(const std::string &path)
 {
     std::vector<std::string> names;
-    if (GDir *dir = g_dir_open(path.c_str(), 0, nullptr)) {
-        while (const char *name = g_dir_read_name(dir))
-            names.emplace_back(name);
-        g_dir_close(dir);
-    }
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(path, error))
+        names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -70,8 +69,8 @@ inline void expect_refusals(const std::string &kind, const TempDir &dir,
     }
 }
 
-// A save that fails part-way through (writes beyond 4 kB fail) or cannot
-// start keeps the old file and leaves no temporary file behind.
+// A save that fails part-way through (writes beyond 4 kB fail) keeps the old
+// file and leaves no temporary file behind.
 inline void expect_failed_saves_keep_the_old_file(const std::string &name,
                                                   const std::function<bool(const char *)> &writes)
 {
@@ -83,8 +82,6 @@ inline void expect_failed_saves_keep_the_old_file(const std::string &name,
     };
     EXPECT_EQ(run_with_file_size_limit(4096, fails), 0);
     EXPECT_EQ(read_file(path), "old");
-    EXPECT_FALSE(writes(dir.file("missing/" + name).c_str()));
-    EXPECT_TRUE(std::string(ov_error_get()).starts_with("Cannot create file.\n\n")) << ov_error_get();
     EXPECT_EQ(list_folder(dir.path()), std::vector<std::string>{name});
 }
 

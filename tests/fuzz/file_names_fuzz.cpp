@@ -17,7 +17,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     OV_FUZZ_CHECK(object_id != nullptr && text == object_id);
     g_free(object_id);
     g_free(file_name);
-    g_free(ov_convert_fat_safe_file_name_format_to_object_id(text.c_str(), text.size()));
     gchar *readable = ov_convert_object_id_to_ntfs_safe_file_name_format(text.c_str());
     OV_FUZZ_CHECK(readable != nullptr && g_utf8_validate(readable, -1, nullptr));
     g_free(readable);

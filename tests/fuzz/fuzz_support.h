@@ -28,9 +28,9 @@ extern "C" void g_set_user_dirs(const gchar *first_dir_type, ...) G_GNUC_NULL_TE
 namespace ov::fuzz
 {
 
-// A folder made on first use and removed when the process exits. Its name
-// is kept outside any object that exit destroys first.
-inline const std::string &folder()
+// A file in a folder made on first use and removed when the process exits.
+// The folder's name is kept outside any object that exit destroys first.
+inline std::string path_in_folder(std::string_view name)
 {
     static gchar *made = nullptr;
     static const std::string path = [] {
@@ -42,12 +42,7 @@ inline const std::string &folder()
         });
         return std::string(made);
     }();
-    return path;
-}
-
-inline std::string path_in_folder(std::string_view name)
-{
-    return folder() + "/" + std::string(name);
+    return path + "/" + std::string(name);
 }
 
 // Makes the fuzz folder's "home" and "config" the user's folders, with
@@ -92,8 +87,7 @@ void check_round_trip(const uint8_t *data, size_t size, const char *name, Docume
                       gboolean (*write)(const Document *, const char *), void (*destroy)(Document *),
                       void (*also)(const Document *) = nullptr)
 {
-    const std::string in = path_in_folder(name), first = path_in_folder(std::string("first_") + name),
-                      second = path_in_folder(std::string("second_") + name);
+    const std::string in = path_in_folder(name), first = in + ".1", second = in + ".2";
     write_bytes(in, data, size);
     Document *document = read(in.c_str());
     ov_error_clear();

@@ -19,19 +19,16 @@ int main(int argc, char **argv)
         std::error_code error;
         if (!std::filesystem::is_directory(argv[i], error))
             files.push_back(argv[i]);
-        else
-            for (const auto &entry : std::filesystem::recursive_directory_iterator(argv[i], error))
-                if (!entry.is_directory())
-                    files.push_back(entry.path());
+        for (const auto &entry : std::filesystem::recursive_directory_iterator(argv[i], error))
+            if (!entry.is_directory())
+                files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
     for (const std::string &file : files) {
         gchar *contents = nullptr;
         gsize length = 0;
-        if (!g_file_get_contents(file.c_str(), &contents, &length, nullptr)) {
-            std::fprintf(stderr, "cannot read %s\n", file.c_str());
-            return 1;
-        }
+        if (!g_file_get_contents(file.c_str(), &contents, &length, nullptr))
+            return std::fprintf(stderr, "cannot read %s\n", file.c_str()), 1;
         LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(contents), length);
         g_free(contents);
     }

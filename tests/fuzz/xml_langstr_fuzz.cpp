@@ -48,11 +48,6 @@ void visit(xmlDoc *doc, xmlNode *node)
             }
             ov_error_clear();
         }
-        gchar *value = nullptr;
-        ov_xml_get_attribute_value_as_latin1(&value, child, "lang");
-        g_free(value);
-        int number = 0;
-        ov_xml_get_attribute_value_as_int_in_range_with_fallback(&number, child, "n", -5, 5, 0);
         g_free(ov_xml_get_text_content_as_compact_latin1(doc, child));
         ov_error_clear();
         visit(doc, child);

@@ -26,8 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                 total += read;
             ov_zip_close_file(file);
         }
-        zip_stat_t stat;
-        if (ov_zip_stat_file(archive, name, &stat) && stat.size < (1u << 22))
+        if (zip_stat_t stat; ov_zip_stat_file(archive, name, &stat) && stat.size < (1u << 22))
             ov_xml_free_doc(ov_xml_parse_zip_file(archive, name));
         ov_error_clear();
     }

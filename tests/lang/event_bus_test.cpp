@@ -85,18 +85,14 @@ TEST_F(EventBus, DisconnectingInsideCallbacks)
     });
     connect('c');
     connect('d');
-    const guint before = ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED);
     EXPECT_EQ(round(), "abc"); // b removes d before its turn
     EXPECT_EQ(round(), "bc");
-    EXPECT_EQ(ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED), before - 2);
 }
 
+// The last handler leaves and triggers again from inside its call.
 TEST_F(EventBus, LastHandlerDisconnectsItselfAndTriggersAgain)
 {
-    connect('o', [&](Handler &self) {
-        disconnect(self);
-        fire();
-    });
+    connect('o', [&](Handler &self) { disconnect(self), fire(); });
     EXPECT_EQ(round(), "o");
 }
 

@@ -20,6 +20,7 @@ namespace
 
 int allowed_depth = 0;
 int let_through = 0;
+std::vector<int> helper_wait_depths;
 
 GLogWriterOutput fail_on_warnings(GLogLevelFlags level, const GLogField *fields, gsize n_fields, gpointer)
 {
@@ -85,15 +86,13 @@ std::string TempDir::file(std::string_view name) const
 
 void write_file(const std::string &path, std::string_view bytes)
 {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 std::string read_file(const std::string &path)
 {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
@@ -128,11 +127,6 @@ int run_with_file_size_limit(long max_bytes, const std::function<bool()> &body)
         const rlimit limit = {rlim_t(max_bytes), rlim_t(max_bytes)};
         return setrlimit(RLIMIT_FSIZE, &limit) == 0 && body();
     });
-}
-
-namespace
-{
-std::vector<int> helper_wait_depths;
 }
 
 HelperWait::HelperWait()
