@@ -88,8 +88,14 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
     const std::string no_text = P + "Missing text content in XML.\n\nText content is empty.";
     const std::string locale = P + "Unsupported locale in XML lang attribute.";
     const std::string no_file_name = P + "Missing XML attribute: filename";
-    TempDir dir;
+    // Entities load only from beside the document (one opener serves both readers).
+    TempDir dir, outside;
+    write_file(outside.file("secret"), "SECRET");
     const std::vector<BadFile> cases = {
+        {"entity from outside",
+         "<!DOCTYPE template [<!ENTITY x SYSTEM \"" + outside.file("secret") + "\">]><template>" +
+             "<name lang=\"sv\">&x;</name>" + R + "</template>",
+         L + "External entity outside the document's folder refused: " + outside.file("secret")},
         {"malformed", "<template><name></template>", L + "mismatch"},
         {"wrong root", "<codeset/>", "Not a template file."},
         {"no report types", file(N), P + "Missing report types."},
