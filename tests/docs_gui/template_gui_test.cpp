@@ -68,7 +68,7 @@ TEST_F(Chooser, ChainSkipsLevelsWithOneItemButNeverTheLastAndCancelGoesBackToThe
     EXPECT_EQ(states, "off on");
     EXPECT_EQ(rows, "r1|r2");
 
-    // The segment chooser of mode 7 is shown with its only segment.
+    // The segment chooser of a segment read shows even its only segment.
     pick(pick(pick(script, templates, "One"), "Choose segment", "Cancel", &segments), templates, "Cancel");
     EXPECT_FALSE(ov_template_gui_apply_template_to_template(OV_TEMPLATE_GUI_SEGMENT, target.get(), type,
                                                             nullptr, nullptr));
@@ -123,24 +123,6 @@ TEST_F(Chooser, NothingToChooseOrAnUnreadableFileKeepsTheTemplateChooserOpen)
     EXPECT_STREQ(ov_error_get(), "");
 }
 
-TEST_F(DocsGui, TemplateChooserOfAWorkspaceWithoutTemplatesIsEmptyWithOkInsensitive)
-{
-    TempWorkspace workspace;
-    TemplatePtr target = template_of("T", "", {{"R", "X[]"}});
-    std::string rows = "?";
-    bool ok = true;
-    Script script;
-    script.when_window(templates, [&] {
-        rows = list_rows(top());
-        ok = gtk_widget_get_sensitive(find_button(top(), "OK"));
-        click_button("Cancel");
-    });
-    EXPECT_FALSE(ov_template_gui_apply_template_to_template(OV_TEMPLATE_GUI_REPORT_TYPE, target.get(),
-                                                            nullptr, nullptr, nullptr));
-    EXPECT_EQ(rows, "");
-    EXPECT_FALSE(ok);
-}
-
 // The menu's read entries walk the chain of their mode on each sheet and
 // append the clone at the end of the target, as one step undone and redone;
 // the clone outlives the source.
@@ -148,41 +130,26 @@ TEST_F(Chooser, ReadEntriesOfTheMenuAppendTheChosenItemAtTheEndOfTheTarget)
 {
     struct Case {
         const char *entry;
-        char clicked;      // 'b' the basic data sheet, 'e' empty space of R, 'X' its segment, 'Y' its block
-        const char *picks; // the template, then "chooser=item" for each chooser that shows
-        const char *after;
+        char clicked; // 'b' the basic data sheet, 'e' empty space of R, 'Y' its block
+        const char *source, *chooser, *item, *after;
     };
     const Case cases[] = {
-        {"Read all basic data blocks from a template", 'b', "Many", "D0[x] D1[d1 d2] D2[d3] | R: X[Y[y]]"},
-        {"Read one block from a template", 'b', "Many|Choose block=D1", "D0[x] D1[d1 d2] | R: X[Y[y]]"},
-        {"Read one row from a template", 'D', "Many|Choose block=D1|Choose row=d2", "D0[x d2] | R: X[Y[y]]"},
-        {"Read all segments of one report type from a template", 'e', "Many|Choose report type=RA",
-         "D0[x] | R: X[Y[y]] SA[BA[ra]] -[-[rb]]"},
-        {"Read one segment from a template", 'e', "One|Choose segment=S1",
+        {"Read one block from a template", 'b', "Many", "Choose block", "D1", "D0[x] D1[d1 d2] | R: X[Y[y]]"},
+        {"Read one segment from a template", 'e', "One", "Choose segment", "S1",
          "D0[x] | R: X[Y[y]] S1[B1[r1 r2]]"},
-        {"Read one block from a template", 'X',
-         "Many|Choose report type=RA|Choose segment=SA|Choose block=BA", "D0[x] | R: X[Y[y] BA[ra]]"},
-        {"Read one row from a template", 'Y', "One|Choose row=r1", "D0[x] | R: X[Y[y r1]]"},
+        {"Read one row from a template", 'Y', "One", "Choose row", "r1", "D0[x] | R: X[Y[y r1]]"},
     };
     for (const Case &c : cases) {
         TemplatePtr tmpl = template_of("T", "D0[x]", {{"R", "X[Y[y]]"}});
-        const bool basic = c.clicked == 'b' || c.clicked == 'D';
+        const bool basic = c.clicked == 'b';
         ov_template_report_type *type = basic ? nullptr : tmpl->report_types.first();
         ov_text_sheet_segment *segment = basic              ? tmpl->details
                                          : c.clicked == 'e' ? nullptr
                                                             : type->segments.first();
-        ov_text_sheet_block *clicked_block =
-            c.clicked == 'D' || c.clicked == 'Y' ? segment->blocks.first() : nullptr;
+        ov_text_sheet_block *clicked_block = c.clicked == 'Y' ? segment->blocks.first() : nullptr;
         Script script;
         script.when_menu([&] { activate_menu_item(c.entry); });
-        ov::GStrv picks(g_strsplit(c.picks, "|", -1));
-        pick(script, templates, picks.get()[0]);
-        for (char **p = picks.get() + 1; *p != nullptr; ++p) {
-            const std::string step = *p;
-            const std::size_t equal = step.find('=');
-            pick(script, g_intern_string(step.substr(0, equal).c_str()),
-                 g_intern_string(step.substr(equal + 1).c_str()));
-        }
+        pick(pick(script, templates, c.source), c.chooser, c.item);
         EXPECT_TRUE(run_menu_undoably(tmpl.get(), {type, segment, clicked_block}, c.entry));
         EXPECT_EQ(outline(tmpl.get()), c.after) << c.entry;
     }
