@@ -145,6 +145,24 @@ TEST_F(TemplateTest, FolderListHasTheTemplatesWithTheirOneLineDescriptions)
     ov_ovinternal_set_active_locale(saved);
 }
 
+// Every text of the example is in English and Swedish; an edited name
+// without its Swedish text counts as it stands, before it is put back.
+TEST_F(TemplateTest, TranslationSharesCountTheNameAndAuthorAsEdited)
+{
+    TemplatePtr tmpl = read_template(examples + "painting.template");
+    ASSERT_TRUE(tmpl);
+    const OvLocale *swedish = ov_locale_get_swedish_swedish();
+    langstr *name = nullptr;
+    ov_langstr_set_translation(&name, ov_locale_get_uk_english(), "Edited");
+    const ov::Owned<OvTranslationStats, ov_translation_stats_destroy> saved(
+        ov_translation_stats_get_for_template(tmpl.get())),
+        edited(ov_translation_stats_get_for_template_as_edited(tmpl.get(), name, tmpl->author));
+    EXPECT_EQ(ov_translation_stats_get_percentage(saved.get(), swedish), 100);
+    EXPECT_LT(ov_translation_stats_get_percentage(edited.get(), swedish), 100);
+    EXPECT_EQ(ov_translation_stats_get_percentage(edited.get(), ov_locale_get_uk_english()), 100);
+    ov_langstr_free(name);
+}
+
 TEST_F(TemplateTest, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
     TemplatePtr tmpl = read_template(examples + "painting.template");
