@@ -66,7 +66,6 @@ constexpr const char *rich_basic_sheet = "Identification[Artist[t:Unknown_painte
 struct Surface {
     ov::CairoSurfacePtr surface;
     int width() const { return cairo_image_surface_get_width(surface.get()); }
-    int height() const { return cairo_image_surface_get_height(surface.get()); }
     const unsigned char *row(int y) const
     {
         cairo_surface_flush(surface.get());
@@ -262,21 +261,16 @@ TEST_F(TextSheetEditorTest, FollowsTheActiveLocale)
     flush_events();
     const Surface swedish = page.snapshot();
     EXPECT_NE(swedish.first_difference(english, 0, 400), -1);
-    {
-        // Drawn afresh in Swedish: the same pixels, so every text and symbol followed.
-        Page fresh(tmpl.get(), false, 600, 400);
-        EXPECT_EQ(fresh.snapshot().first_difference(swedish, 0, 400), -1);
-    }
-    set_active("en-uk");
-    flush_events();
-    EXPECT_EQ(page.snapshot().first_difference(english, 0, 400), -1);
+    // Drawn afresh in Swedish: the same pixels, so every text and symbol followed.
+    Page fresh(tmpl.get(), false, 600, 400);
+    EXPECT_EQ(fresh.snapshot().first_difference(swedish, 0, 400), -1);
 }
 
 TEST_F(TextSheetEditorTest, DestroyingLetsGoOfAdjustmentsAndTheEventBus)
 {
     TemplatePtr tmpl = make_template("Support[]");
     const guint handlers = ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED);
-    GtkAdjustment *adjustments[2];
+    ov::ObjectRef<GtkAdjustment> adjustment;
     GtkWidget *editor = nullptr;
     gpointer was = nullptr;
     {
@@ -288,17 +282,14 @@ TEST_F(TextSheetEditorTest, DestroyingLetsGoOfAdjustmentsAndTheEventBus)
         gtk_container_add(GTK_CONTAINER(scrolled), editor);
         w.show();
         EXPECT_EQ(ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED), handlers + 1);
-        adjustments[0] = GTK_ADJUSTMENT(g_object_ref(gtk_scrollable_get_hadjustment(GTK_SCROLLABLE(editor))));
-        adjustments[1] = GTK_ADJUSTMENT(g_object_ref(gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(editor))));
-        EXPECT_NE(g_signal_handler_find(adjustments[1], G_SIGNAL_MATCH_DATA, 0, 0, nullptr, nullptr, editor),
-                  0u);
+        adjustment =
+            ov::ObjectRef<GtkAdjustment>::ref(gtk_scrollable_get_vadjustment(GTK_SCROLLABLE(editor)));
+        EXPECT_NE(
+            g_signal_handler_find(adjustment.get(), G_SIGNAL_MATCH_DATA, 0, 0, nullptr, nullptr, editor), 0u);
     }
     EXPECT_EQ(editor, nullptr); // finalized
     EXPECT_EQ(ov_event_bus_count_handlers(OV_EVENT_ACTIVE_LOCALE_CHANGED), handlers);
-    for (GtkAdjustment *adjustment : adjustments) {
-        EXPECT_EQ(g_signal_handler_find(adjustment, G_SIGNAL_MATCH_DATA, 0, 0, nullptr, nullptr, was), 0u);
-        g_object_unref(adjustment);
-    }
+    EXPECT_EQ(g_signal_handler_find(adjustment.get(), G_SIGNAL_MATCH_DATA, 0, 0, nullptr, nullptr, was), 0u);
 }
 
 } // namespace

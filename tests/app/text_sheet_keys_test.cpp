@@ -111,43 +111,27 @@ TEST_F(SheetKeys, TheViewScrollsToKeepTheFocusVisible)
     sheet.key(GDK_KEY_Page_Up);
     EXPECT_NE(sheet.at(), "x");
     EXPECT_TRUE(sheet.focus_visible()) << sheet.at();
-    sheet.go(30);
-    EXPECT_TRUE(sheet.focus_visible()) << sheet.at();
-    sheet.key(GDK_KEY_Page_Down);
-    EXPECT_TRUE(sheet.focus_visible()) << sheet.at();
-    EXPECT_NE(sheet.at(), "r27");
+    sheet.key(GDK_KEY_Home);
+    EXPECT_EQ(gtk_adjustment_get_value(sheet.vadjustment()), 0);
 }
 
 TEST_F(SheetKeys, MenuKeysOpenTheFocusedNodesMenu)
 {
-    struct Case {
-        int downs;
-        guint keyval;
-        GdkModifierType modifiers;
-        const char *first_entries;
-    };
-    const Case cases[] = {
-        {0, GDK_KEY_Menu, {}, "Add segment|-|Read one segment"},
-        {2, GDK_KEY_Menu, {}, "Edit block header|Delete block header|Add row"},
-        {4, GDK_KEY_F10, GDK_SHIFT_MASK, "Edit row header|Set up fields"}, // a field: its row's menu
-    };
     TemplatePtr tmpl = sample();
     Sheet sheet(tmpl.get());
-    for (const Case &c : cases) {
-        sheet.go(c.downs);
-        std::string shown;
-        GtkWidget *selected = nullptr;
-        Script script;
-        script.when_menu([&] {
-            shown = menu_labels(open_menu());
-            selected = gtk_menu_shell_get_selected_item(GTK_MENU_SHELL(open_menu()));
-            dismiss_menu();
-        });
-        sheet.key(c.keyval, c.modifiers);
-        finish(script);
-        EXPECT_TRUE(shown.starts_with(c.first_entries)) << shown;
-        EXPECT_NE(selected, nullptr) << "the first entry is ready for the arrows";
-    }
+    sheet.go(4); // a field: its row's menu
+    std::string shown;
+    GtkWidget *selected = nullptr;
+    Script script;
+    script.when_menu([&] {
+        shown = menu_labels(open_menu());
+        selected = gtk_menu_shell_get_selected_item(GTK_MENU_SHELL(open_menu()));
+        dismiss_menu();
+    });
+    sheet.key(GDK_KEY_F10, GDK_SHIFT_MASK);
+    finish(script);
+    EXPECT_TRUE(shown.starts_with("Edit row header|Set up fields")) << shown;
+    EXPECT_NE(selected, nullptr) << "the first entry is ready for the arrows";
     EXPECT_EQ(sheet.changes, 0);
 }
 
@@ -196,9 +180,6 @@ TEST_F(SheetKeys, InsertAndDeleteAskAsTheMenuDoes)
     sheet.key(GDK_KEY_End); // B2, empty
     answered(GDK_KEY_Insert, enter_text("e"));
     EXPECT_EQ(shown(), "S1[B1[r1 n1[t] r2] B2[e[t]]]");
-    answered(
-        GDK_KEY_Delete, [] { click_button("_No"); }, "Question");
-    EXPECT_EQ(sheet.at(), "e");
     answered(
         GDK_KEY_Delete, [] { click_button("_Yes"); }, "Question");
     EXPECT_EQ(shown(), "S1[B1[r1 n1[t] r2] B2[]]");

@@ -86,12 +86,7 @@ TEST_F(Chooser, ChainSkipsLevelsWithOneItemButNeverTheLastAndCancelGoesBackToThe
     EXPECT_EQ(segments, "SA|Untitled segment");
     EXPECT_EQ(cancelled_rows, "rb");
 
-    // A report type is copied whole; a double click picks like OK.
-    script.when_window(templates, [] { click_list_row(top(), "Many", true); });
-    script.when_window("Choose report type", [] { click_list_row(top(), "RA", true); });
-    EXPECT_TRUE(ov_template_gui_apply_template_to_template(OV_TEMPLATE_GUI_REPORT_TYPE, target.get(), nullptr,
-                                                           nullptr, nullptr));
-    EXPECT_EQ(outline(target.get()), "D0[x] | R: X[Y[y r2 ra]] | RA: SA[BA[ra]] -[-[rb]]");
+    EXPECT_EQ(outline(target.get()), "D0[x] | R: X[Y[y r2 ra]]");
 }
 
 TEST_F(Chooser, NothingToChooseOrAnUnreadableFileKeepsTheTemplateChooserOpen)
