@@ -3,7 +3,7 @@
 set -euo pipefail
 want=$1
 norm=$(echo "$want" | tr 'A-Z' 'a-z' | sed 's/utf-8/utf8/')
-if locale -a 2>/dev/null | tr 'A-Z' 'a-z' | grep -qx "$norm"; then
+if locale -a 2>/dev/null | tr 'A-Z' 'a-z' | grep -x "$norm" >/dev/null; then
   exit 0
 fi
 if ! grep -q "^$want UTF-8" /etc/locale.gen 2>/dev/null; then

@@ -77,7 +77,12 @@ done
 echo "first-window: \"$(xdotool getwindowname "$window")\" appeared after $(($(date +%s) - started)) s"
 
 status=0
-if [ -n "$icon" ] && ! xprop -id "$window" _NET_WM_ICON | grep -q '^_NET_WM_ICON(CARDINAL)'; then
+# The property is read whole before it is matched: a reader that stops at the
+# first line would end xprop with a broken pipe, which pipefail counts as a
+# failure.
+icon_property=
+[ -z "$icon" ] || icon_property=$(xprop -id "$window" _NET_WM_ICON 2>&1 || true)
+if [ -n "$icon" ] && [[ $icon_property != "_NET_WM_ICON(CARDINAL)"* ]]; then
   echo "first-window: the window has no icon" >&2
   status=1
 fi

@@ -16,7 +16,7 @@ top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
 # The fuzzer's compiler and runtime are needed here only, not by the builds and tests.
 for pkg in clang libclang-rt-14-dev; do
-  if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then
+  if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep 'install ok installed' >/dev/null; then
     DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "$pkg"
   fi
 done

@@ -6,7 +6,7 @@ missing=()
 while read -r pkg; do
   pkg=${pkg%%#*}; pkg=${pkg//[[:space:]]/}
   [ -n "$pkg" ] || continue
-  if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed'; then
+  if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep 'install ok installed' >/dev/null; then
     missing+=("$pkg")
   fi
 done < "$here/packages.txt"
