@@ -778,6 +778,16 @@ gboolean ov_xml_get_attribute_value_as_boolean_with_fallback(gboolean *out, cons
         [&](const xmlChar *value) { return parse_boolean_attribute(out, value, name); });
 }
 
+gboolean ov_xml_parse_attribute_value_as_boolean_with_fallback(gboolean *out, const char *value,
+                                                               const char *name, gboolean fallback)
+{
+    if (value == nullptr) {
+        *out = fallback;
+        return TRUE;
+    }
+    return parse_boolean_attribute(out, xml_text(value), name);
+}
+
 gboolean ov_xml_get_attribute_value_as_int_in_range_with_fallback(int *out, const xmlNode *node,
                                                                   const char *name, int minimum, int maximum,
                                                                   int fallback)
@@ -821,6 +831,15 @@ gchar *ov_xml_get_required_attribute_value_as_ascii(const xmlNode *node, const c
     return value ? ascii_attribute_copy(value.get()) : nullptr;
 }
 
+gchar *ov_xml_copy_required_attribute_value_as_ascii(const char *value, const char *name)
+{
+    if (value == nullptr) {
+        ov_error_set_utf8_printf("Missing XML attribute: %s", name);
+        return nullptr;
+    }
+    return ascii_attribute_copy(xml_text(value));
+}
+
 gchar *ov_xml_get_required_attribute_value_as_latin1(const xmlNode *node, const char *name)
 {
     const AttributeValue value = required_attribute(node, name);
@@ -841,6 +860,17 @@ gchar *ov_xml_get_nonempty_required_attribute_value_as_latin1(const xmlNode *nod
     if (!value || refuse_empty_attribute(value.get(), name))
         return nullptr;
     return latin1_attribute_copy(value.get());
+}
+
+gchar *ov_xml_copy_nonempty_required_attribute_value_as_latin1(const char *value, const char *name)
+{
+    if (value == nullptr) {
+        ov_error_set_utf8_printf("Missing XML attribute: %s", name);
+        return nullptr;
+    }
+    if (refuse_empty_attribute(xml_text(value), name))
+        return nullptr;
+    return latin1_attribute_copy(xml_text(value));
 }
 
 gboolean ov_xml_get_required_attribute_value_as_boolean(gboolean *out, const xmlNode *node, const char *name)
@@ -973,14 +1003,23 @@ gchar *ov_xml_get_text_content_as_utf8(xmlDoc *doc, const xmlNode *node)
     return with_text_content(doc, node, [](const char *text) { return g_strdup(text); });
 }
 
+gchar *ov_xml_convert_text_content_to_latin1(const char *text)
+{
+    gchar *latin1 = ov_convert_utf8_to_latin1(text);
+    if (latin1 == nullptr)
+        ov_error_append("Invalid XML node content.");
+    return latin1;
+}
+
+gchar *ov_xml_convert_text_content_to_nonempty_compact_latin1(const char *text)
+{
+    gchar *latin1 = ov_xml_convert_text_content_to_latin1(text);
+    return refuse_empty_content(latin1 != nullptr ? compact_latin1(latin1) : nullptr);
+}
+
 gchar *ov_xml_get_text_content_as_latin1(xmlDoc *doc, const xmlNode *node)
 {
-    return with_text_content(doc, node, [](const char *text) {
-        gchar *latin1 = ov_convert_utf8_to_latin1(text);
-        if (latin1 == nullptr)
-            ov_error_append("Invalid XML node content.");
-        return latin1;
-    });
+    return with_text_content(doc, node, ov_xml_convert_text_content_to_latin1);
 }
 
 gchar *ov_xml_get_text_content_as_compact_latin1(xmlDoc *doc, const xmlNode *node)

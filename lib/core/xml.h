@@ -74,6 +74,13 @@ gboolean ov_xml_get_required_attribute_value_as_double_in_range(double *out, con
                                                                 const char *name, double minimum,
                                                                 double maximum);
 
+// The same reads for an attribute value a SAX parse hands over: value is the
+// attribute's UTF-8 text, null when the element has no such attribute.
+gchar *ov_xml_copy_required_attribute_value_as_ascii(const char *value, const char *name);
+gchar *ov_xml_copy_nonempty_required_attribute_value_as_latin1(const char *value, const char *name);
+gboolean ov_xml_parse_attribute_value_as_boolean_with_fallback(gboolean *out, const char *value,
+                                                               const char *name, gboolean fallback);
+
 // Nodes. Names compare exactly; the child searches look at every child
 // node whatever its kind.
 xmlNode *ov_xml_get_root_element(xmlDoc *doc);
@@ -91,6 +98,10 @@ gchar *ov_xml_get_text_content_as_utf8(xmlDoc *doc, const xmlNode *node);
 gchar *ov_xml_get_text_content_as_latin1(xmlDoc *doc, const xmlNode *node);
 gchar *ov_xml_get_text_content_as_compact_latin1(xmlDoc *doc, const xmlNode *node);
 gchar *ov_xml_get_nonempty_text_content_as_compact_latin1(xmlDoc *doc, const xmlNode *node);
+
+// Text content joined from a SAX parse's pieces, in UTF-8.
+gchar *ov_xml_convert_text_content_to_latin1(const char *text);
+gchar *ov_xml_convert_text_content_to_nonempty_compact_latin1(const char *text);
 
 // Content of the distinct child of that name; no such child gives TRUE with
 // a null out.

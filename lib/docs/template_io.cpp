@@ -12,12 +12,11 @@
 #include "lang/langstr_xml.h"
 #include "lang/locale.h"
 
-#include <libxml/xmlreader.h>
-
-#include <cstdarg>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace
 {
@@ -46,240 +45,325 @@ const LegacyNames &legacy_names(Mode mode)
     return mode == Mode::details ? details_names : condition_names;
 }
 
-bool is_element(const xmlNode *node, const char *name)
+bool is_named(const xmlChar *name, const char *wanted)
 {
-    return node->type == XML_ELEMENT_NODE && xmlStrcmp(node->name, BAD_CAST name) == 0;
-}
-
-// Reading.
-
-bool parse_text_field(xmlDoc *doc, xmlNode *element, ov_text_sheet_row *row, Mode mode,
-                      const char *contents_name, gboolean compact)
-{
-    ov_text_sheet_field *field = ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD);
-    ov_text_sheet_row_add_field(row, field);
-    if (mode == Mode::details)
-        return ov_xml_parse_langstr(&field->text, doc, element, contents_name, compact);
-    return true;
-}
-
-bool parse_checkbox(xmlDoc *doc, xmlNode *element, ov_text_sheet_row *row, Mode mode)
-{
-    ov_text_sheet_field *field = ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_CHECKBOX);
-    ov_text_sheet_row_add_field(row, field);
-    if (mode == Mode::details &&
-        !ov_xml_get_attribute_value_as_boolean_with_fallback(&field->selected, element, "selected", FALSE))
-        return false;
-    field->text = ov_xml_parse_required_langstr(doc, element, "label", TRUE);
-    return field->text != nullptr;
-}
-
-bool parse_row(xmlDoc *doc, xmlNode *element, ov_text_sheet_block *block, Mode mode)
-{
-    langstr *header = ov_xml_parse_required_langstr(doc, element, "header", TRUE);
-    if (header == nullptr)
-        return false;
-    ov_text_sheet_row *row = ov_text_sheet_row_new(nullptr);
-    row->header = header;
-    ov_text_sheet_block_add_row(block, row);
-    for (xmlNode *child = element->children; child != nullptr; child = child->next) {
-        if (is_element(child, "textfield")) {
-            if (!parse_text_field(doc, child, row, mode, "contents", FALSE))
-                return false;
-        } else if (is_element(child, "checkbox")) {
-            if (!parse_checkbox(doc, child, row, mode))
-                return false;
-        }
-    }
-    return true;
-}
-
-// The older single-field row: a header and one text field.
-bool parse_item(xmlDoc *doc, xmlNode *element, ov_text_sheet_block *block, Mode mode)
-{
-    langstr *header = ov_xml_parse_required_langstr(doc, element, legacy_names(mode).item_header, TRUE);
-    if (header == nullptr)
-        return false;
-    ov_text_sheet_row *row = ov_text_sheet_row_new(nullptr);
-    row->header = header;
-    ov_text_sheet_block_add_row(block, row);
-    return parse_text_field(doc, element, row, mode, "details-item-text", TRUE);
-}
-
-bool parse_codesets(xmlNode *element, ov_template *tmpl)
-{
-    for (xmlNode *child = element->children; child != nullptr; child = child->next) {
-        if (!is_element(child, "codeset"))
-            continue;
-        gchar *file_name = ov_xml_get_nonempty_required_attribute_value_as_latin1(child, "filename");
-        if (file_name == nullptr)
-            return false;
-        ov_template_codeset *codeset = new ov_template_codeset{};
-        codeset->file_name = file_name;
-        ov_template_add_codeset(tmpl, codeset);
-    }
-    return true;
+    return std::strcmp(reinterpret_cast<const char *>(name), wanted) == 0;
 }
 
 bool is_block_name(const xmlChar *name, Mode mode)
 {
-    const char *text = reinterpret_cast<const char *>(name);
-    return std::strcmp(text, "block") == 0 || std::strcmp(text, "group") == 0 ||
-           std::strcmp(text, legacy_names(mode).group) == 0;
+    return is_named(name, "block") || is_named(name, "group") || is_named(name, legacy_names(mode).group);
 }
 
-// The template file is read as a stream: only one row's elements (and the
-// few name and header elements of the containers around it) exist as a
-// libxml2 tree at any time, so reading needs little more memory than the
-// template itself whatever its shape. Each row is expanded into a tree and
-// read with the tree functions above; the names and headers of the
-// containers are copied aside and read when their container ends.
+// Reading.
+
+// A multilingual string read from sibling elements of one name, one
+// translation at a time: what was read and the first failure. Elements
+// after a failure are not read.
+class LangstrElements
+{
+  public:
+    explicit LangstrElements(gboolean compact) : compact_(compact) {}
+
+    void add(const std::string *lang, const std::string &text)
+    {
+        seen_ = true;
+        if (error_.empty() &&
+            !ov_xml_read_langstr_translation_into(built_, lang != nullptr ? lang->c_str() : nullptr,
+                                                  text.c_str(), FALSE, compact_))
+            error_ = ov_error_get();
+    }
+    bool seen() const { return seen_; }
+
+    // TRUE with the string (null when there was no element); FALSE with
+    // the first failure in the error buffer.
+    bool finish(langstr **out)
+    {
+        *out = nullptr;
+        if (!error_.empty()) {
+            ov_error_set(error_.c_str());
+            return false;
+        }
+        *out = built_.release();
+        return true;
+    }
+    // As finish, and no element fails with "Missing XML node: <name>".
+    bool finish_required(langstr **out, const char *name)
+    {
+        if (!finish(out))
+            return false;
+        if (*out == nullptr) {
+            ov_error_set_utf8_printf("Missing XML node: %s", name);
+            return false;
+        }
+        return true;
+    }
+
+  private:
+    gboolean compact_;
+    bool seen_ = false;
+    ov::LangstrBuilder built_;
+    std::string error_;
+};
+
+// Keeps the first failure of a container's children.
+void keep_first(std::string &first, const char *error)
+{
+    if (first.empty())
+        first = error;
+}
+
+// The template file is read by libxml2's SAX parser: no tree is built, and
+// the model grows element by element, so reading needs little more memory
+// than the template itself whatever its shape.
 //
 // The outcome is that of reading the whole tree in document order: a
 // malformed file fails as XML whatever it contains; otherwise a container's
-// own name or header fails before its children, and the first failing child
-// counts.
+// own name or header fails before its children (whichever comes first in
+// the file), and the first failing child counts. Each open container keeps
+// its own failure and the first of its children's, and settles them when it
+// ends.
 //
 // For a list of templates only the heading (name, author, version) is
-// wanted: then reading stops at the first other element after the name.
-class TemplateReader : public ov::XmlStreamReader
+// wanted: then reading stops at the first other element after a name.
+class TemplateReader : public ov::XmlSaxReader
 {
   public:
-    TemplateReader(xmlTextReader *reader, ov_template *tmpl, bool heading_only)
-        : XmlStreamReader(reader), tmpl_(tmpl), heading_only_(heading_only)
-    {
-        aside_doc_.reset(xmlNewDoc(BAD_CAST "1.0"));
-    }
+    TemplateReader(ov_template *tmpl, bool heading_only) : tmpl_(tmpl), heading_only_(heading_only) {}
 
     // The first failure's text, empty when reading succeeded.
     const std::string &error() const { return error_; }
 
   private:
-    void read_root() override
+    // What an open element is, which decides what its children are.
+    enum class Kind {
+        ignored,     // and everything inside it
+        translation, // one translation of a multilingual string
+        version,
+        codesets,
+        blocks, // "details", "condition" and "segment"
+        report_type,
+        block,
+        row,
+        item, // the older single-field row
+        text_field,
+        checkbox,
+    };
+
+    struct ReportTypeState {
+        ov_template_report_type *report_type = nullptr;
+        std::optional<LangstrElements> name;
+        std::string segments_error;
+    };
+    // The open "details", "condition" or "segment" element.
+    struct BlocksState {
+        ov_text_sheet_segment *segment = nullptr;
+        Mode mode = Mode::details;
+        bool is_segment = false;
+        std::optional<LangstrElements> header; // a segment's
+        std::string blocks_error;
+    };
+    struct BlockState {
+        ov_text_sheet_block *block = nullptr;
+        std::optional<LangstrElements> header;
+        std::optional<LangstrElements> group_header;
+        std::string rows_error;
+    };
+    struct RowState {
+        ov_text_sheet_row *row = nullptr;
+        std::optional<LangstrElements> header;
+        std::optional<LangstrElements> item_text;
+        std::string fields_error;
+    };
+    struct FieldState {
+        ov_text_sheet_field *field = nullptr;
+        std::optional<LangstrElements> text;
+        std::string error; // of the "selected" attribute
+    };
+
+    void start_element(const xmlChar *name, const Attributes &attributes) override
     {
-        xmlNode *aside = new_aside();
-        for_each_child([&](const xmlChar *name) { read_template_child(name, aside); });
-        if (status_ >= 0)
-            finish_template(aside);
-        xmlFreeNode(aside);
+        Kind kind = Kind::ignored;
+        if (open_.empty()) // a child of the root
+            kind = start_template_child(name, attributes);
+        else
+            switch (open_.back()) {
+            case Kind::codesets:
+                if (is_named(name, "codeset"))
+                    start_codeset(attributes);
+                break;
+            case Kind::blocks:
+                if (is_block_name(name, blocks_.mode))
+                    kind = start_block();
+                else if (blocks_.is_segment && is_named(name, "header"))
+                    kind = start_translation(&*blocks_.header, attributes);
+                break;
+            case Kind::report_type:
+                if (is_named(name, "name"))
+                    kind = start_translation(&*report_type_.name, attributes);
+                else if (is_named(name, "segment"))
+                    kind = start_segment();
+                break;
+            case Kind::block:
+                if (is_named(name, "row"))
+                    kind = start_row(Kind::row);
+                else if (is_named(name, legacy_names(blocks_.mode).item))
+                    kind = start_row(Kind::item);
+                else if (is_named(name, "header"))
+                    kind = start_translation(&*block_.header, attributes);
+                else if (is_named(name, legacy_names(blocks_.mode).group_header))
+                    kind = start_translation(&*block_.group_header, attributes);
+                break;
+            case Kind::row:
+                if (is_named(name, "header"))
+                    kind = start_translation(&*row_.header, attributes);
+                else if (is_named(name, "textfield"))
+                    kind = start_field(OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD, attributes);
+                else if (is_named(name, "checkbox"))
+                    kind = start_field(OV_TEXT_SHEET_FIELD_KIND_CHECKBOX, attributes);
+                break;
+            case Kind::item:
+                if (is_named(name, legacy_names(blocks_.mode).item_header))
+                    kind = start_translation(&*row_.header, attributes);
+                else if (blocks_.mode == Mode::details && is_named(name, "details-item-text"))
+                    kind = start_translation(&*row_.item_text, attributes);
+                break;
+            case Kind::text_field:
+                if (blocks_.mode == Mode::details && is_named(name, "contents"))
+                    kind = start_translation(&*field_.text, attributes);
+                break;
+            case Kind::checkbox:
+                if (is_named(name, "label"))
+                    kind = start_translation(&*field_.text, attributes);
+                break;
+            case Kind::ignored:
+            case Kind::translation:
+            case Kind::version:
+                break;
+            }
+        open_.push_back(kind);
     }
 
-    bool stopped() const override { return stopped_; }
-
-    // Keeps a copy of the current element under aside, then moves on.
-    void copy_aside(xmlNode *aside)
+    void end_element() override
     {
-        if (xmlNode *node = expand(); node != nullptr) {
-            xmlAddChild(aside, xmlDocCopyNode(node, aside_doc_.get(), 1));
-            next();
+        const Kind kind = open_.back();
+        open_.pop_back();
+        switch (kind) {
+        case Kind::translation:
+            translation_target_->add(has_lang_ ? &lang_ : nullptr, text_);
+            break;
+        case Kind::version:
+            if (version_count_ == 1)
+                version_text_ = text_;
+            break;
+        case Kind::blocks:
+            if (blocks_.is_segment)
+                end_segment();
+            break;
+        case Kind::report_type:
+            end_report_type();
+            break;
+        case Kind::block:
+            end_block();
+            break;
+        case Kind::row:
+        case Kind::item:
+            end_row(kind);
+            break;
+        case Kind::text_field:
+        case Kind::checkbox:
+            end_field();
+            break;
+        case Kind::ignored:
+        case Kind::codesets:
+            break;
         }
     }
 
-    xmlNode *new_aside() { return xmlNewDocNode(aside_doc_.get(), nullptr, BAD_CAST "aside", nullptr); }
-
-    // Records the first failure of a container's children.
-    void fail(std::string &first)
+    void text(const xmlChar *text, int length) override
     {
-        if (first.empty())
-            first = ov_error_get();
+        if (!open_.empty() && (open_.back() == Kind::translation || open_.back() == Kind::version))
+            text_.append(reinterpret_cast<const char *>(text), static_cast<size_t>(length));
     }
 
-    // Expands the current element and reads it with parse; a failure counts
-    // for the container whose first error is first.
-    template <class Parse> void parse_expanded(std::string &first, Parse parse)
+    void end_root() override { finish_template(); }
+
+    Kind start_template_child(const xmlChar *name, const Attributes &attributes)
     {
-        xmlNode *node = expand();
-        if (node == nullptr)
+        if (is_named(name, "name"))
+            return start_translation(&name_, attributes);
+        if (is_named(name, "author"))
+            return start_translation(&author_, attributes);
+        if (is_named(name, "version")) {
+            version_count_++;
+            text_.clear();
+            return Kind::version;
+        }
+        if (heading_only_) {
+            if (name_.seen()) {
+                finish_template();
+                stop();
+            }
+            return Kind::ignored;
+        }
+        if (is_named(name, "codesets"))
+            return Kind::codesets;
+        if (is_named(name, "details"))
+            return start_blocks(tmpl_->details, Mode::details, false);
+        if (is_named(name, "condition"))
+            return start_condition();
+        if (is_named(name, "report-type")) {
+            report_type_.report_type = ov_template_report_type_new(nullptr);
+            ov_template_add_report_type(tmpl_, report_type_.report_type);
+            report_type_.name.emplace(TRUE);
+            report_type_.segments_error.clear();
+            return Kind::report_type;
+        }
+        return Kind::ignored;
+    }
+
+    Kind start_translation(LangstrElements *target, const Attributes &attributes)
+    {
+        translation_target_ = target;
+        has_lang_ = attributes.find("lang", lang_);
+        text_.clear();
+        return Kind::translation;
+    }
+
+    // A codeset's failure counts among the template's children; the codesets
+    // after the first failing one are not read.
+    void start_codeset(const Attributes &attributes)
+    {
+        if (codesets_failed_)
             return;
-        if (!parse(node->doc, node))
-            fail(first);
-        next();
+        std::string value;
+        const bool found = attributes.find("filename", value);
+        gchar *file_name = ov_xml_copy_nonempty_required_attribute_value_as_latin1(
+            found ? value.c_str() : nullptr, "filename");
+        if (file_name == nullptr) {
+            codesets_failed_ = true;
+            keep_first(children_error_, ov_error_get());
+            return;
+        }
+        ov_template_codeset *codeset = new ov_template_codeset{};
+        codeset->file_name = file_name;
+        ov_template_add_codeset(tmpl_, codeset);
     }
 
-    // The blocks of a "details", "condition" or "segment" element.
-    void read_blocks(ov_text_sheet_segment *segment, Mode mode, std::string &first, xmlNode *aside)
+    Kind start_blocks(ov_text_sheet_segment *segment, Mode mode, bool is_segment)
     {
-        for_each_child([&](const xmlChar *name) {
-            if (is_block_name(name, mode))
-                read_block(segment, mode, first);
-            else if (aside != nullptr && xmlStrcmp(name, BAD_CAST "header") == 0)
-                copy_aside(aside);
-            else
-                next();
-        });
-    }
-
-    // A block's rows one at a time; its header is read at its end.
-    void read_block(ov_text_sheet_segment *segment, Mode mode, std::string &first)
-    {
-        const LegacyNames &names = legacy_names(mode);
-        ov_text_sheet_block *block = ov_text_sheet_block_new(nullptr);
-        ov_text_sheet_segment_add_block(segment, block);
-        xmlNode *aside = new_aside();
-        std::string rows_error;
-        for_each_child([&](const xmlChar *name) {
-            if (xmlStrcmp(name, BAD_CAST "row") == 0)
-                parse_expanded(rows_error,
-                               [&](xmlDoc *doc, xmlNode *node) { return parse_row(doc, node, block, mode); });
-            else if (xmlStrcmp(name, BAD_CAST names.item) == 0)
-                parse_expanded(rows_error, [&](xmlDoc *doc, xmlNode *node) {
-                    return parse_item(doc, node, block, mode);
-                });
-            else if (xmlStrcmp(name, BAD_CAST "header") == 0 ||
-                     xmlStrcmp(name, BAD_CAST names.group_header) == 0)
-                copy_aside(aside);
-            else
-                next();
-        });
-        xmlDoc *doc = aside_doc_.get();
-        if (!ov_xml_parse_langstr(&block->header, doc, aside, "header", TRUE) ||
-            (block->header == nullptr &&
-             !ov_xml_parse_langstr(&block->header, doc, aside, names.group_header, TRUE)))
-            fail(first);
-        else if (!rows_error.empty() && first.empty())
-            first = rows_error;
-        xmlFreeNode(aside);
-    }
-
-    void read_segment(ov_template_report_type *report_type, std::string &first)
-    {
-        ov_text_sheet_segment *segment = ov_text_sheet_segment_new(nullptr);
-        ov_template_report_type_add_segment(report_type, segment);
-        xmlNode *aside = new_aside();
-        std::string blocks_error;
-        read_blocks(segment, Mode::condition, blocks_error, aside);
-        if (!ov_xml_parse_langstr(&segment->header, aside_doc_.get(), aside, "header", TRUE))
-            fail(first);
-        else if (!blocks_error.empty() && first.empty())
-            first = blocks_error;
-        xmlFreeNode(aside);
-    }
-
-    void read_report_type(std::string &first)
-    {
-        ov_template_report_type *report_type = ov_template_report_type_new(nullptr);
-        ov_template_add_report_type(tmpl_, report_type);
-        xmlNode *aside = new_aside();
-        std::string segments_error;
-        for_each_child([&](const xmlChar *name) {
-            if (xmlStrcmp(name, BAD_CAST "name") == 0)
-                copy_aside(aside);
-            else if (xmlStrcmp(name, BAD_CAST "segment") == 0)
-                read_segment(report_type, segments_error);
-            else
-                next();
-        });
-        report_type->name = ov_xml_parse_required_langstr(aside_doc_.get(), aside, "name", TRUE);
-        if (report_type->name == nullptr)
-            fail(first);
-        else if (!segments_error.empty() && first.empty())
-            first = segments_error;
-        xmlFreeNode(aside);
+        blocks_.segment = segment;
+        blocks_.mode = mode;
+        blocks_.is_segment = is_segment;
+        blocks_.blocks_error.clear();
+        if (is_segment)
+            blocks_.header.emplace(TRUE);
+        return Kind::blocks;
     }
 
     // The older single-report form: one report type with a fixed name and a
     // single segment without a header.
-    void read_condition(std::string &first)
+    Kind start_condition()
     {
         ov_template_report_type *report_type = ov_template_report_type_new(nullptr);
         ov_langstr_set_translation(&report_type->name, ov_locale_get_uk_english(), "Condition Report");
@@ -288,51 +372,164 @@ class TemplateReader : public ov::XmlStreamReader
         ov_template_add_report_type(tmpl_, report_type);
         ov_text_sheet_segment *segment = ov_text_sheet_segment_new(nullptr);
         ov_template_report_type_add_segment(report_type, segment);
-        read_blocks(segment, Mode::condition, first, nullptr);
+        return start_blocks(segment, Mode::condition, false);
     }
 
-    void read_template_child(const xmlChar *name, xmlNode *aside)
+    Kind start_segment()
     {
-        const char *text = reinterpret_cast<const char *>(name);
-        if (std::strcmp(text, "name") == 0 || std::strcmp(text, "author") == 0 ||
-            std::strcmp(text, "version") == 0)
-            copy_aside(aside);
-        else if (heading_only_) {
-            if (ov_xml_node_has_child_node_with_name(aside, "name"))
-                stopped_ = true;
-            else
-                next();
-        } else if (std::strcmp(text, "codesets") == 0)
-            parse_expanded(children_error_,
-                           [&](xmlDoc *, xmlNode *node) { return parse_codesets(node, tmpl_); });
-        else if (std::strcmp(text, "details") == 0)
-            read_blocks(tmpl_->details, Mode::details, children_error_, nullptr);
-        else if (std::strcmp(text, "condition") == 0)
-            read_condition(children_error_);
-        else if (std::strcmp(text, "report-type") == 0)
-            read_report_type(children_error_);
-        else
-            next();
+        ov_text_sheet_segment *segment = ov_text_sheet_segment_new(nullptr);
+        ov_template_report_type_add_segment(report_type_.report_type, segment);
+        return start_blocks(segment, Mode::condition, true);
     }
 
-    void finish_template(xmlNode *aside)
+    // The blocks' first failure goes to the container of "details" and
+    // "condition" (the template) right away, a segment's at its end.
+    std::string &blocks_error() { return blocks_.is_segment ? blocks_.blocks_error : children_error_; }
+
+    void end_segment()
     {
-        xmlDoc *doc = aside_doc_.get();
-        tmpl_->name = ov_xml_parse_required_langstr(doc, aside, "name", TRUE);
-        if (tmpl_->name == nullptr || !ov_xml_parse_langstr(&tmpl_->author, doc, aside, "author", TRUE) ||
-            !ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(&tmpl_->version, doc,
-                                                                                         aside, "version"))
-            fail(error_);
+        if (!blocks_.header->finish(&blocks_.segment->header))
+            keep_first(report_type_.segments_error, ov_error_get());
+        else if (!blocks_.blocks_error.empty())
+            keep_first(report_type_.segments_error, blocks_.blocks_error.c_str());
+    }
+
+    void end_report_type()
+    {
+        if (!report_type_.name->finish_required(&report_type_.report_type->name, "name"))
+            keep_first(children_error_, ov_error_get());
+        else if (!report_type_.segments_error.empty())
+            keep_first(children_error_, report_type_.segments_error.c_str());
+    }
+
+    Kind start_block()
+    {
+        block_.block = ov_text_sheet_block_new(nullptr);
+        ov_text_sheet_segment_add_block(blocks_.segment, block_.block);
+        block_.header.emplace(TRUE);
+        block_.group_header.emplace(TRUE);
+        block_.rows_error.clear();
+        return Kind::block;
+    }
+
+    // The header, or the older group header when there is none.
+    void end_block()
+    {
+        ov_text_sheet_block *block = block_.block;
+        if (!block_.header->finish(&block->header) ||
+            (block->header == nullptr && !block_.group_header->finish(&block->header)))
+            keep_first(blocks_error(), ov_error_get());
+        else if (!block_.rows_error.empty())
+            keep_first(blocks_error(), block_.rows_error.c_str());
+    }
+
+    Kind start_row(Kind kind)
+    {
+        row_.row = ov_text_sheet_row_new(nullptr);
+        ov_text_sheet_block_add_row(block_.block, row_.row);
+        row_.header.emplace(TRUE);
+        row_.item_text.emplace(TRUE);
+        row_.fields_error.clear();
+        return kind;
+    }
+
+    // A row's header comes before its fields; an older item is a header
+    // and one text field.
+    void end_row(Kind kind)
+    {
+        ov_text_sheet_row *row = row_.row;
+        const char *header_name = kind == Kind::item ? legacy_names(blocks_.mode).item_header : "header";
+        if (!row_.header->finish_required(&row->header, header_name)) {
+            keep_first(block_.rows_error, ov_error_get());
+            return;
+        }
+        if (kind == Kind::item) {
+            ov_text_sheet_field *field = ov_text_sheet_field_new(OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD);
+            ov_text_sheet_row_add_field(row, field);
+            if (!row_.item_text->finish(&field->text))
+                keep_first(block_.rows_error, ov_error_get());
+        } else if (!row_.fields_error.empty()) {
+            keep_first(block_.rows_error, row_.fields_error.c_str());
+        }
+    }
+
+    // Basic data carry pre-filled values (text field contents, ticked
+    // checkboxes); report types only the layout of their fields.
+    Kind start_field(std::uint32_t field_kind, const Attributes &attributes)
+    {
+        field_.field = ov_text_sheet_field_new(field_kind);
+        ov_text_sheet_row_add_field(row_.row, field_.field);
+        field_.text.emplace(field_kind == OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD ? FALSE : TRUE);
+        field_.error.clear();
+        if (field_kind == OV_TEXT_SHEET_FIELD_KIND_TEXT_FIELD)
+            return Kind::text_field;
+        if (blocks_.mode == Mode::details) {
+            std::string value;
+            const bool found = attributes.find("selected", value);
+            if (!ov_xml_parse_attribute_value_as_boolean_with_fallback(
+                    &field_.field->selected, found ? value.c_str() : nullptr, "selected", FALSE))
+                field_.error = ov_error_get();
+        }
+        return Kind::checkbox;
+    }
+
+    void end_field()
+    {
+        ov_text_sheet_field *field = field_.field;
+        bool read = true;
+        if (!field_.error.empty()) {
+            ov_error_set(field_.error.c_str());
+            read = false;
+        } else if (field->kind == OV_TEXT_SHEET_FIELD_KIND_CHECKBOX) {
+            read = field_.text->finish_required(&field->text, "label");
+        } else if (blocks_.mode == Mode::details) {
+            read = field_.text->finish(&field->text);
+        }
+        if (!read)
+            keep_first(row_.fields_error, ov_error_get());
+    }
+
+    void finish_template()
+    {
+        if (!name_.finish_required(&tmpl_->name, "name") || !author_.finish(&tmpl_->author) ||
+            !finish_version())
+            error_ = ov_error_get();
         else if (!children_error_.empty())
             error_ = children_error_;
         else if (tmpl_->report_types.is_empty() && !heading_only_)
             error_ = "Missing report types.";
     }
 
+    // At most one version element, and not an empty one.
+    bool finish_version()
+    {
+        if (version_count_ > 1) {
+            ov_error_set("Duplicate XML nodes found where not allowed.");
+            return false;
+        }
+        if (version_count_ == 1)
+            tmpl_->version = ov_xml_convert_text_content_to_nonempty_compact_latin1(version_text_.c_str());
+        return version_count_ == 0 || tmpl_->version != nullptr;
+    }
+
     ov_template *tmpl_;
     bool heading_only_;
-    bool stopped_ = false;
-    ov::XmlDocPtr aside_doc_;
+    std::vector<Kind> open_; // the elements open inside the root
+    LangstrElements name_{TRUE};
+    LangstrElements author_{TRUE};
+    int version_count_ = 0;
+    std::string version_text_;
+    bool codesets_failed_ = false;
+    ReportTypeState report_type_;
+    BlocksState blocks_;
+    BlockState block_;
+    RowState row_;
+    FieldState field_;
+    // The translation being read.
+    LangstrElements *translation_target_ = nullptr;
+    bool has_lang_ = false;
+    std::string lang_;
+    std::string text_;
     std::string children_error_;
     std::string error_;
 };
@@ -445,7 +642,7 @@ ov_template *read_template(const char *path, bool heading_only)
 {
     ov::XmlStreamFile file(path, "template");
     TemplatePtr tmpl(ov_template_new());
-    TemplateReader reader(file.reader(), tmpl.get(), heading_only);
+    TemplateReader reader(tmpl.get(), heading_only);
     if (!file.read(reader, "template"))
         return nullptr;
     if (!reader.error().empty()) {

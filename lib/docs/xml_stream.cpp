@@ -3,6 +3,12 @@
 #include "core/error.h"
 #include "core/fs_utils.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
 namespace ov
 {
 
@@ -32,23 +38,158 @@ xmlNode *XmlStreamReader::expand()
     return node;
 }
 
+bool XmlSaxReader::Attributes::find(const char *name, std::string &value) const
+{
+    // Five entries each: local name, prefix, namespace, value, value's end.
+    for (int i = 0; i < count_; i++) {
+        const xmlChar **attribute = attributes_ + 5 * i;
+        if (std::strcmp(reinterpret_cast<const char *>(attribute[0]), name) == 0) {
+            value.assign(reinterpret_cast<const char *>(attribute[3]),
+                         static_cast<size_t>(attribute[4] - attribute[3]));
+            return true;
+        }
+    }
+    return false;
+}
+
+void XmlSaxReader::stop()
+{
+    stopped_ = true;
+    xmlStopParser(context_);
+}
+
+namespace
+{
+
+constexpr int parse_options = XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET;
+
+// The reader of the SAX parse under way. An external entity is parsed with a
+// context of its own, so the reader is not found through the context.
+XmlSaxReader *active_sax_reader = nullptr;
+
+void free_context(xmlParserCtxt *context)
+{
+    xmlFreeDoc(context->myDoc); // holds the DTD and its entities
+    context->myDoc = nullptr;
+    xmlFreeParserCtxt(context);
+}
+
+} // namespace
+
+// libxml2's callbacks, handing the events inside the root on to the reader.
+struct XmlSaxReader::Events {
+    static void start(void *, const xmlChar *name, const xmlChar *, const xmlChar *, int, const xmlChar **,
+                      int attribute_count, int, const xmlChar **attributes)
+    {
+        XmlSaxReader *reader = active_sax_reader;
+        if (reader->stopped_ || reader->wrong_root_)
+            return;
+        if (reader->depth_++ == 0) {
+            reader->root_seen_ = true;
+            reader->wrong_root_ = std::strcmp(reinterpret_cast<const char *>(name), reader->root_name_) != 0;
+            return;
+        }
+        reader->start_element(name, XmlSaxReader::Attributes(attributes, attribute_count));
+    }
+
+    static void end(void *, const xmlChar *, const xmlChar *, const xmlChar *)
+    {
+        XmlSaxReader *reader = active_sax_reader;
+        if (reader->stopped_ || reader->wrong_root_)
+            return;
+        if (--reader->depth_ == 0)
+            reader->end_root();
+        else
+            reader->end_element();
+    }
+
+    static void text(void *, const xmlChar *text, int length)
+    {
+        XmlSaxReader *reader = active_sax_reader;
+        if (!reader->stopped_ && !reader->wrong_root_ && reader->depth_ > 1)
+            reader->text(text, length);
+    }
+};
+
 XmlStreamFile::XmlStreamFile(const char *path, const char *kind)
     : path_(path), kind_(kind), file_(ov_fs_utils_open_file(path, "rb")), fence_(path)
 {
-    if (file_)
-        reader_.reset(xmlReaderForFd(fileno(file_.get()), nullptr, nullptr,
-                                     XML_PARSE_NOENT | XML_PARSE_DTDLOAD | XML_PARSE_NONET));
 }
 
 XmlStreamFile::~XmlStreamFile() = default;
 
+xmlTextReader *XmlStreamFile::reader()
+{
+    if (file_ && !reader_)
+        reader_.reset(xmlReaderForFd(fileno(file_.get()), nullptr, nullptr, parse_options));
+    return reader_.get();
+}
+
 gboolean XmlStreamFile::read(XmlStreamReader &walk, const char *root_name)
+{
+    if (!file_)
+        return report(XmlStreamReader::Outcome::xml_failure);
+    return report(reader() != nullptr ? walk.run(root_name) : XmlStreamReader::Outcome::xml_failure);
+}
+
+gboolean XmlStreamFile::read(XmlSaxReader &walk, const char *root_name)
+{
+    if (!file_)
+        return report(XmlStreamReader::Outcome::xml_failure);
+    // The handlers of a tree build, for the document and its DTD (entity
+    // declarations are kept there), with the elements and text sent to walk
+    // instead; comments and processing instructions are not wanted.
+    xmlSAXHandler handler;
+    xmlSAXVersion(&handler, 2);
+    handler.startElementNs = XmlSaxReader::Events::start;
+    handler.endElementNs = XmlSaxReader::Events::end;
+    handler.characters = XmlSaxReader::Events::text;
+    handler.ignorableWhitespace = XmlSaxReader::Events::text;
+    handler.cdataBlock = XmlSaxReader::Events::text;
+    handler.comment = nullptr;
+    handler.processingInstruction = nullptr;
+    // Fed in pieces, as the text reader does: the parser then also finds
+    // what follows the root element (a NUL byte included).
+    const int fd = fileno(file_.get());
+    char buffer[1 << 16];
+    ssize_t count = ::read(fd, buffer, sizeof buffer);
+    if (count < 0)
+        return report(XmlStreamReader::Outcome::xml_failure);
+    // The first bytes tell the encoding.
+    const int head = static_cast<int>(std::min<ssize_t>(count, 4));
+    Owned<xmlParserCtxt, free_context> context(
+        xmlCreatePushParserCtxt(&handler, nullptr, buffer, head, nullptr));
+    if (!context)
+        return report(XmlStreamReader::Outcome::xml_failure);
+    xmlCtxtUseOptions(context.get(), parse_options);
+    walk.context_ = context.get();
+    walk.root_name_ = root_name;
+    XmlSaxReader *saved = std::exchange(active_sax_reader, &walk);
+    // Any error the parser reports fails the file, as with the text reader.
+    int status = XML_ERR_OK;
+    for (int offset = head; count > 0 && !walk.stopped_ && status == XML_ERR_OK; offset = 0) {
+        status = xmlParseChunk(context.get(), buffer + offset, static_cast<int>(count) - offset, 0);
+        count = ::read(fd, buffer, sizeof buffer);
+    }
+    if (!walk.stopped_ && count == 0 && status == XML_ERR_OK)
+        status = xmlParseChunk(context.get(), nullptr, 0, 1);
+    active_sax_reader = saved;
+    walk.context_ = nullptr;
+    if (walk.stopped_)
+        return report(XmlStreamReader::Outcome::done);
+    if (count < 0 || status != XML_ERR_OK || !context->wellFormed)
+        return report(XmlStreamReader::Outcome::xml_failure);
+    if (!walk.root_seen_)
+        return report(XmlStreamReader::Outcome::no_root);
+    return report(walk.wrong_root_ ? XmlStreamReader::Outcome::wrong_root : XmlStreamReader::Outcome::done);
+}
+
+gboolean XmlStreamFile::report(XmlStreamReader::Outcome outcome)
 {
     if (!file_) {
         ov_error_append_utf8_printf("Error loading %s file.", kind_);
         return FALSE;
     }
-    const auto outcome = reader_ ? walk.run(root_name) : XmlStreamReader::Outcome::xml_failure;
     if (!fence_.check()) {
         ov_error_append("Could not parse XML data.");
         ov_error_append_utf8_printf("Error loading %s file.", kind_);

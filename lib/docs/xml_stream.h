@@ -9,6 +9,7 @@
 #include <libxml/xmlreader.h>
 
 #include <memory>
+#include <string>
 
 namespace ov
 {
@@ -67,6 +68,55 @@ class XmlStreamReader
     int status_ = 1;
 };
 
+// A reader fed by libxml2's SAX parser, which builds no tree at all: it sees
+// the elements inside the root element as they start and end, and the text
+// between them (entities substituted, character data sections included).
+class XmlSaxReader
+{
+  public:
+    // The attributes of an element, as the parser hands them over (values
+    // are not terminated). Attributes a DTD gives by default are included.
+    class Attributes
+    {
+      public:
+        Attributes(const xmlChar **attributes, int count) : attributes_(attributes), count_(count) {}
+        // FALSE when the element has no attribute of that local name;
+        // otherwise value holds the first one's text.
+        bool find(const char *name, std::string &value) const;
+
+      private:
+        const xmlChar **attributes_;
+        int count_;
+    };
+
+    XmlSaxReader() = default;
+    XmlSaxReader(const XmlSaxReader &) = delete;
+    XmlSaxReader &operator=(const XmlSaxReader &) = delete;
+    virtual ~XmlSaxReader() = default;
+
+    // An element inside the root starts or ends.
+    virtual void start_element(const xmlChar *name, const Attributes &attributes) = 0;
+    virtual void end_element() = 0;
+    // A piece of text directly inside the innermost open element.
+    virtual void text(const xmlChar *text, int length) = 0;
+    // The root element ends.
+    virtual void end_root() = 0;
+
+    // Ends the parse at once: nothing more is read or reported, and the
+    // read succeeds.
+    void stop();
+
+  private:
+    friend class XmlStreamFile;
+    struct Events;
+    xmlParserCtxt *context_ = nullptr;
+    const char *root_name_ = nullptr;
+    int depth_ = 0;
+    bool root_seen_ = false;
+    bool wrong_root_ = false;
+    bool stopped_ = false;
+};
+
 // One document file open for a stream read: entities substituted, external
 // DTDs loaded from the document's folder only, never from the network, and
 // libxml2's messages collected. kind names the document in the messages
@@ -80,12 +130,16 @@ class XmlStreamFile
     ~XmlStreamFile();
 
     // Null when the file could not be opened or read.
-    xmlTextReader *reader() const { return reader_.get(); }
+    xmlTextReader *reader();
     // Runs walk to its end; FALSE with the reason in the error buffer when
     // the file could not be read as XML or its root is missing or wrong.
     gboolean read(XmlStreamReader &walk, const char *root_name);
+    // The same with a SAX reader. A file is read either way, once.
+    gboolean read(XmlSaxReader &walk, const char *root_name);
 
   private:
+    gboolean report(XmlStreamReader::Outcome outcome);
+
     const char *path_;
     const char *kind_;
     FilePtr file_;

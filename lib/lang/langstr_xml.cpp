@@ -17,12 +17,13 @@ bool is_element_named(const xmlNode *node, const char *name)
            xmlStrcmp(node->name, reinterpret_cast<const xmlChar *>(name)) == 0;
 }
 
-// One element's translation, read and checked; set hands it on.
-template <class Set>
-gboolean read_translation(xmlDoc *document, xmlNode *element, gboolean refuse_empty_tag, gboolean compact,
-                          Set set)
+// One translation, checked: raw_tag is the element's tag (null when it could
+// not be read, with the reason set) and read_text gives its text in Latin-1;
+// set hands the translation on.
+template <class ReadText, class Set>
+gboolean check_translation(ov::GStr raw_tag, ReadText read_text, gboolean refuse_empty_tag, gboolean compact,
+                           Set set)
 {
-    ov::GStr raw_tag(ov_xml_get_required_attribute_value_as_ascii(element, "lang"));
     if (raw_tag == nullptr)
         return FALSE;
     const char *tag = ov_strip_surrounding_and_spacify_compactly_within_original_for_ascii(raw_tag.get());
@@ -35,7 +36,7 @@ gboolean read_translation(xmlDoc *document, xmlNode *element, gboolean refuse_em
         ov_error_set("Unsupported locale in XML lang attribute.");
         return FALSE;
     }
-    ov::GStr raw_text(ov_xml_get_text_content_as_latin1(document, element));
+    ov::GStr raw_text(read_text());
     if (raw_text == nullptr)
         return FALSE;
     const char *text =
@@ -47,6 +48,16 @@ gboolean read_translation(xmlDoc *document, xmlNode *element, gboolean refuse_em
     }
     set(locale, text);
     return TRUE;
+}
+
+// One element's translation, read and checked; set hands it on.
+template <class Set>
+gboolean read_translation(xmlDoc *document, xmlNode *element, gboolean refuse_empty_tag, gboolean compact,
+                          Set set)
+{
+    return check_translation(
+        ov::GStr(ov_xml_get_required_attribute_value_as_ascii(element, "lang")),
+        [&] { return ov_xml_get_text_content_as_latin1(document, element); }, refuse_empty_tag, compact, set);
 }
 
 } // namespace
@@ -67,6 +78,15 @@ gboolean ov_xml_parse_langstr_translation_into(ov::LangstrBuilder &built, xmlDoc
     return read_translation(
         document, element, refuse_empty_tag, compact,
         [&](const OvLocale *locale, const char *text) { built.set_translation(locale, text); });
+}
+
+gboolean ov_xml_read_langstr_translation_into(ov::LangstrBuilder &built, const char *lang, const char *text,
+                                              gboolean refuse_empty_tag, gboolean compact)
+{
+    return check_translation(
+        ov::GStr(ov_xml_copy_required_attribute_value_as_ascii(lang, "lang")),
+        [&] { return ov_xml_convert_text_content_to_latin1(text); }, refuse_empty_tag, compact,
+        [&](const OvLocale *locale, const char *translation) { built.set_translation(locale, translation); });
 }
 
 gboolean ov_xml_parse_langstr(langstr **out, xmlDoc *document, xmlNode *node, const char *element_name,

@@ -25,6 +25,10 @@ gboolean ov_xml_parse_langstr_translation(langstr **ls, xmlDoc *document, xmlNod
 // As above, into a builder: for readers that collect many translations.
 gboolean ov_xml_parse_langstr_translation_into(ov::LangstrBuilder &built, xmlDoc *document, xmlNode *element,
                                                gboolean refuse_empty_tag, gboolean compact);
+// As above, for an element a SAX parse hands over: lang is its "lang"
+// attribute (null when it has none) and text its joined text, both UTF-8.
+gboolean ov_xml_read_langstr_translation_into(ov::LangstrBuilder &built, const char *lang, const char *text,
+                                              gboolean refuse_empty_tag, gboolean compact);
 
 // Adds one child element per translation; null adds nothing.
 gboolean ov_xml_add_langstr(xmlNode *parent, const char *element_name, const langstr *ls);

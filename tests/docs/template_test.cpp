@@ -43,7 +43,14 @@ TEST_F(TemplateTest, FilesRoundTripByteForByte)
     const std::string full = fixture("templates/full.template");
     const std::string legacy = fixture("templates/legacy.template");
     const std::string current = fixture("templates/legacy_expected.template");
-    files.insert(files.end(), {{full, full}, {current, current}, {legacy, current}});
+    // Entities with markup, a parsed entity beside the file, attributes a
+    // DTD gives by default, character data sections, and the text of
+    // elements inside a text left out.
+    const std::string dtd = fixture("templates/dtd.template");
+    files.insert(files.end(), {{full, full},
+                               {current, current},
+                               {legacy, current},
+                               {dtd, fixture("templates/dtd_expected.template")}});
     for (const auto &[from, expected] : files) {
         SCOPED_TRACE(from);
         TemplatePtr tmpl = read_template(from);
@@ -97,6 +104,7 @@ TEST_F(TemplateTest, BadInputGivesTheExactMessageChain)
              "<name lang=\"sv\">&x;</name>" + R + "</template>",
          L + "External entity outside the document's folder refused: " + outside.file("secret")},
         {"malformed", "<template><name></template>", L + "mismatch"},
+        {"NUL bytes after the root", file(N + R) + std::string(3, '\0'), L + "Extra content"},
         {"wrong root", "<codeset/>", "Not a template file."},
         {"no report types", file(N), P + "Missing report types."},
         {"unknown locale", file("<name lang=\"xx-yy\">N</name>" + R), locale},
