@@ -10,11 +10,10 @@
 #include "docs/xml_stream.h"
 #include "lang/langstr_xml.h"
 
-#include <libxml/xmlreader.h>
-
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,21 +24,14 @@ namespace
 
 using CodesetPtr = std::unique_ptr<OvCodeset, decltype([](OvCodeset *c) { ov_codeset_destroy(c); })>;
 
-// The codeset file is read as a stream: each remark is expanded into a tree
-// of its own and read, and the name, author and version elements are copied
-// aside and read at the end, so that no tree of the whole file is built.
-// The outcome is that of reading the whole tree: a malformed file fails as
-// XML whatever it contains; otherwise the name, author and version fail
-// before the remarks, and the first failing remark counts.
-class CodesetReader : public ov::XmlStreamReader
+// The codeset file is read by libxml2's SAX parser, so that no tree of the
+// file is built. The outcome is that of reading the whole tree: a malformed
+// file fails as XML whatever it contains; otherwise the name, author and
+// version fail before the remarks, and the first failing remark counts.
+class CodesetReader : public ov::XmlSaxReader
 {
   public:
-    CodesetReader(xmlTextReader *reader, OvCodeset *codeset) : XmlStreamReader(reader), codeset_(codeset)
-    {
-        aside_doc_.reset(xmlNewDoc(BAD_CAST "1.0"));
-        aside_ = xmlNewDocNode(aside_doc_.get(), nullptr, BAD_CAST "aside", nullptr);
-        xmlDocSetRootElement(aside_doc_.get(), aside_);
-    }
+    explicit CodesetReader(OvCodeset *codeset) : codeset_(codeset) {}
     ~CodesetReader() override
     {
         for (OvRemark *remark : remarks_)
@@ -49,12 +41,8 @@ class CodesetReader : public ov::XmlStreamReader
     // FALSE with the error set when the contents are not a codeset.
     bool finish()
     {
-        xmlDoc *doc = aside_doc_.get();
-        codeset_->name = ov_xml_parse_required_langstr(doc, aside_, "name", TRUE);
-        if (codeset_->name == nullptr ||
-            !ov_xml_parse_langstr(&codeset_->author, doc, aside_, "author", TRUE) ||
-            !ov_xml_get_nonempty_text_content_from_distinct_child_node_as_compact_latin1(
-                &codeset_->version, doc, aside_, "version"))
+        if (!name_.finish_required(&codeset_->name, "name") || !author_.finish(&codeset_->author) ||
+            !version_.finish_nonempty_compact_latin1(&codeset_->version))
             return false;
         // The remarks in code order, as ov_remark_list_add_remark_sorted
         // would link them one by one: a stable sort, since equal codes keep
@@ -95,50 +83,82 @@ class CodesetReader : public ov::XmlStreamReader
     }
 
   private:
-    void read_root() override
-    {
-        for_each_child([&](const xmlChar *element) {
-            const auto *name = reinterpret_cast<const char *>(element);
-            if (std::strcmp(name, "remark") == 0)
-                read_remark();
-            else if (std::strcmp(name, "name") == 0 || std::strcmp(name, "author") == 0 ||
-                     std::strcmp(name, "version") == 0)
-                copy_aside();
-            else
-                next();
-        });
-    }
+    // What an open element is, which decides what its children are.
+    enum class Kind { ignored, name, author, version, remark, code, description };
 
-    void copy_aside()
+    bool start_element(const xmlChar *element, const Attributes &attributes) override
     {
-        xmlNode *node = expand();
-        if (node == nullptr)
-            return;
-        xmlAddChild(aside_, xmlDocCopyNode(node, aside_doc_.get(), 1));
-        next();
-    }
-
-    // Remarks after the first failure are not read.
-    void read_remark()
-    {
-        if (!remarks_error_.empty()) {
-            next();
-            return;
+        const auto *name = reinterpret_cast<const char *>(element);
+        const Kind parent = open_.empty() ? Kind::ignored : open_.back();
+        Kind kind = Kind::ignored;
+        if (open_.empty()) { // a child of the root
+            if (std::strcmp(name, "remark") == 0) {
+                // Remarks after the first failure are not read.
+                if (remarks_error_.empty()) {
+                    remark_.emplace();
+                    kind = Kind::remark;
+                }
+            } else if (std::strcmp(name, "name") == 0) {
+                kind = Kind::name;
+            } else if (std::strcmp(name, "author") == 0) {
+                kind = Kind::author;
+            } else if (std::strcmp(name, "version") == 0) {
+                kind = Kind::version;
+            }
+        } else if (parent == Kind::remark) {
+            if (std::strcmp(name, "code") == 0)
+                kind = Kind::code;
+            else if (std::strcmp(name, "description") == 0)
+                kind = Kind::description;
         }
-        xmlNode *node = expand();
-        if (node == nullptr)
-            return;
-        OvRemark *remark = ov_xml_parse_remark(node->doc, node);
-        if (remark == nullptr)
-            remarks_error_ = ov_error_get();
-        else
-            remarks_.push_back(remark);
-        next();
+        if (kind == Kind::name || kind == Kind::author || kind == Kind::description)
+            has_lang_ = attributes.find("lang", lang_);
+        open_.push_back(kind);
+        return kind != Kind::ignored && kind != Kind::remark;
     }
+
+    void end_element(const std::string &text) override
+    {
+        const Kind kind = open_.back();
+        open_.pop_back();
+        const char *lang = has_lang_ ? lang_.c_str() : nullptr;
+        switch (kind) {
+        case Kind::name:
+            name_.add(lang, text);
+            break;
+        case Kind::author:
+            author_.add(lang, text);
+            break;
+        case Kind::version:
+            version_.add(text);
+            break;
+        case Kind::code:
+            remark_->add_code(text.c_str());
+            break;
+        case Kind::description:
+            remark_->add_description(lang, text.c_str());
+            break;
+        case Kind::remark:
+            if (OvRemark *remark = remark_->finish(); remark != nullptr)
+                remarks_.push_back(remark);
+            else
+                remarks_error_ = ov_error_get();
+            break;
+        case Kind::ignored:
+            break;
+        }
+    }
+
+    void end_root() override {}
 
     OvCodeset *codeset_;
-    ov::XmlDocPtr aside_doc_;
-    xmlNode *aside_;
+    std::vector<Kind> open_; // the elements open inside the root
+    ov::LangstrElements name_{TRUE};
+    ov::LangstrElements author_{TRUE};
+    ov::DistinctTextElement version_;
+    std::optional<ov::RemarkElements> remark_;
+    bool has_lang_ = false;
+    std::string lang_;
     std::vector<OvRemark *> remarks_;
     std::string remarks_error_;
 };
@@ -173,7 +193,7 @@ OvCodeset *ov_codeset_io_read_from_file(const char *path)
     g_return_val_if_fail(path != nullptr, nullptr);
     ov::XmlStreamFile file(path, "codeset");
     CodesetPtr codeset(ov_codeset_new());
-    CodesetReader reader(file.reader(), codeset.get());
+    CodesetReader reader(codeset.get());
     if (!file.read(reader, "codeset"))
         return nullptr;
     if (!reader.finish()) {

@@ -301,42 +301,69 @@ void ov_remark_list_merge_remarks(OvRemarkList *list, const OvRemarkList *other)
 
 // The remark element
 
+void ov::RemarkElements::fail()
+{
+    if (!failed_) {
+        failed_ = true;
+        error_ = ov_error_get();
+    }
+}
+
+void ov::RemarkElements::add_code(const char *text)
+{
+    if (failed_)
+        return;
+    if (code_) {
+        ov_error_set("Remark in XML has multiple codes.");
+        fail();
+        return;
+    }
+    code_.reset(ov_xml_convert_text_content_to_nonempty_compact_latin1(text));
+    if (!code_) {
+        ov_error_append("Missing or invalid remark code in XML data.");
+        fail();
+    }
+}
+
+void ov::RemarkElements::add_description(const char *lang, const char *text)
+{
+    if (!failed_ && !ov_xml_read_langstr_translation_into(description_, lang, text, FALSE, TRUE))
+        fail();
+}
+
+OvRemark *ov::RemarkElements::finish()
+{
+    if (!code_ || description_.is_empty()) {
+        ov_error_set("Missing remark content in XML data.");
+        return nullptr;
+    }
+    if (failed_) {
+        ov_error_set(error_.c_str());
+        return nullptr;
+    }
+    OvRemark *remark = ov_remark_new();
+    remark->code = code_.release();
+    remark->description = description_.release();
+    return remark;
+}
+
 OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node)
 {
     g_return_val_if_fail(document != nullptr && node != nullptr, nullptr);
-    ov::GStr code;
-    ov::LangstrBuilder description;
-    bool failed = false;
-
-    for (xmlNode *child = node->children; child != nullptr && !failed; child = child->next) {
-        if (child->type != XML_ELEMENT_NODE)
+    ov::RemarkElements remark;
+    for (xmlNode *child = node->children; child != nullptr && !remark.failed(); child = child->next) {
+        const bool is_code = ov_xml_node_has_name(child, "code");
+        if (child->type != XML_ELEMENT_NODE || (!is_code && !ov_xml_node_has_name(child, "description")))
             continue;
-        if (ov_xml_node_has_name(child, "code")) {
-            if (code) {
-                ov_error_set("Remark in XML has multiple codes.");
-                failed = true;
-                continue;
-            }
-            code.reset(ov_xml_get_nonempty_text_content_as_compact_latin1(document, child));
-            if (!code) {
-                ov_error_append("Missing or invalid remark code in XML data.");
-                failed = true;
-            }
-        } else if (ov_xml_node_has_name(child, "description")) {
-            if (!ov_xml_parse_langstr_translation_into(description, document, child, FALSE, TRUE))
-                failed = true;
-        }
+        gchar *lang_value = nullptr;
+        const bool read_lang = is_code || ov_xml_get_attribute_value_as_utf8(&lang_value, child, "lang");
+        ov::GStr lang(lang_value), text(ov_xml_get_text_content_as_utf8(document, child));
+        if (!read_lang || !text)
+            remark.fail();
+        else if (is_code)
+            remark.add_code(text.get());
+        else
+            remark.add_description(lang.get(), text.get());
     }
-
-    // A missing part outranks every message of the loop.
-    if (!code || description.is_empty()) {
-        ov_error_set("Missing remark content in XML data.");
-        failed = true;
-    }
-    if (failed)
-        return nullptr;
-    OvRemark *remark = ov_remark_new();
-    remark->code = code.release();
-    remark->description = description.release();
-    return remark;
+    return remark.finish();
 }

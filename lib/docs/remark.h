@@ -5,10 +5,13 @@
 // apart by a cascade of ever stricter comparisons.
 #pragma once
 
+#include <string>
+
 #include <glib.h>
 #include <libxml/tree.h>
 
 #include "core/list.h"
+#include "core/raii.h"
 #include "lang/langstr.h"
 
 struct OvRemark {
@@ -76,3 +79,30 @@ void ov_remark_list_merge_remarks(OvRemarkList *list, const OvRemarkList *other)
 // Reads a "remark" element: one "code" and one or more "description"
 // translations. Null with the reason on failure.
 OvRemark *ov_xml_parse_remark(xmlDoc *document, xmlNode *node);
+
+namespace ov
+{
+
+// A "remark" element read from its child elements one at a time, in
+// document order, as a tree walk or a SAX parse gives them. The first
+// failure ends the reading; a missing code or description outranks it.
+class RemarkElements
+{
+  public:
+    // Texts and the "lang" attribute in UTF-8; lang is null when absent.
+    void add_code(const char *text);
+    void add_description(const char *lang, const char *text);
+    // Records the failure in the error buffer unless an earlier one counts.
+    void fail();
+    bool failed() const { return failed_; }
+    // The remark, or null with the reason set.
+    OvRemark *finish();
+
+  private:
+    GStr code_;
+    LangstrBuilder description_;
+    bool failed_ = false;
+    std::string error_;
+};
+
+} // namespace ov

@@ -57,55 +57,6 @@ bool is_block_name(const xmlChar *name, Mode mode)
 
 // Reading.
 
-// A multilingual string read from sibling elements of one name, one
-// translation at a time: what was read and the first failure. Elements
-// after a failure are not read.
-class LangstrElements
-{
-  public:
-    explicit LangstrElements(gboolean compact) : compact_(compact) {}
-
-    void add(const std::string *lang, const std::string &text)
-    {
-        seen_ = true;
-        if (error_.empty() &&
-            !ov_xml_read_langstr_translation_into(built_, lang != nullptr ? lang->c_str() : nullptr,
-                                                  text.c_str(), FALSE, compact_))
-            error_ = ov_error_get();
-    }
-    bool seen() const { return seen_; }
-
-    // TRUE with the string (null when there was no element); FALSE with
-    // the first failure in the error buffer.
-    bool finish(langstr **out)
-    {
-        *out = nullptr;
-        if (!error_.empty()) {
-            ov_error_set(error_.c_str());
-            return false;
-        }
-        *out = built_.release();
-        return true;
-    }
-    // As finish, and no element fails with "Missing XML node: <name>".
-    bool finish_required(langstr **out, const char *name)
-    {
-        if (!finish(out))
-            return false;
-        if (*out == nullptr) {
-            ov_error_set_utf8_printf("Missing XML node: %s", name);
-            return false;
-        }
-        return true;
-    }
-
-  private:
-    gboolean compact_;
-    bool seen_ = false;
-    ov::LangstrBuilder built_;
-    std::string error_;
-};
-
 // Keeps the first failure of a container's children.
 void keep_first(std::string &first, const char *error)
 {
@@ -152,7 +103,7 @@ class TemplateReader : public ov::XmlSaxReader
 
     struct ReportTypeState {
         ov_template_report_type *report_type = nullptr;
-        std::optional<LangstrElements> name;
+        std::optional<ov::LangstrElements> name;
         std::string segments_error;
     };
     // The open "details", "condition" or "segment" element.
@@ -160,28 +111,28 @@ class TemplateReader : public ov::XmlSaxReader
         ov_text_sheet_segment *segment = nullptr;
         Mode mode = Mode::details;
         bool is_segment = false;
-        std::optional<LangstrElements> header; // a segment's
+        std::optional<ov::LangstrElements> header; // a segment's
         std::string blocks_error;
     };
     struct BlockState {
         ov_text_sheet_block *block = nullptr;
-        std::optional<LangstrElements> header;
-        std::optional<LangstrElements> group_header;
+        std::optional<ov::LangstrElements> header;
+        std::optional<ov::LangstrElements> group_header;
         std::string rows_error;
     };
     struct RowState {
         ov_text_sheet_row *row = nullptr;
-        std::optional<LangstrElements> header;
-        std::optional<LangstrElements> item_text;
+        std::optional<ov::LangstrElements> header;
+        std::optional<ov::LangstrElements> item_text;
         std::string fields_error;
     };
     struct FieldState {
         ov_text_sheet_field *field = nullptr;
-        std::optional<LangstrElements> text;
+        std::optional<ov::LangstrElements> text;
         std::string error; // of the "selected" attribute
     };
 
-    void start_element(const xmlChar *name, const Attributes &attributes) override
+    bool start_element(const xmlChar *name, const Attributes &attributes) override
     {
         Kind kind = Kind::ignored;
         if (open_.empty()) // a child of the root
@@ -242,19 +193,19 @@ class TemplateReader : public ov::XmlSaxReader
                 break;
             }
         open_.push_back(kind);
+        return kind == Kind::translation || kind == Kind::version;
     }
 
-    void end_element() override
+    void end_element(const std::string &text) override
     {
         const Kind kind = open_.back();
         open_.pop_back();
         switch (kind) {
         case Kind::translation:
-            translation_target_->add(has_lang_ ? &lang_ : nullptr, text_);
+            translation_target_->add(has_lang_ ? lang_.c_str() : nullptr, text);
             break;
         case Kind::version:
-            if (version_count_ == 1)
-                version_text_ = text_;
+            version_.add(text);
             break;
         case Kind::blocks:
             if (blocks_.is_segment)
@@ -280,12 +231,6 @@ class TemplateReader : public ov::XmlSaxReader
         }
     }
 
-    void text(const xmlChar *text, int length) override
-    {
-        if (!open_.empty() && (open_.back() == Kind::translation || open_.back() == Kind::version))
-            text_.append(reinterpret_cast<const char *>(text), static_cast<size_t>(length));
-    }
-
     void end_root() override { finish_template(); }
 
     Kind start_template_child(const xmlChar *name, const Attributes &attributes)
@@ -294,11 +239,8 @@ class TemplateReader : public ov::XmlSaxReader
             return start_translation(&name_, attributes);
         if (is_named(name, "author"))
             return start_translation(&author_, attributes);
-        if (is_named(name, "version")) {
-            version_count_++;
-            text_.clear();
+        if (is_named(name, "version"))
             return Kind::version;
-        }
         if (heading_only_) {
             if (name_.seen()) {
                 finish_template();
@@ -322,11 +264,10 @@ class TemplateReader : public ov::XmlSaxReader
         return Kind::ignored;
     }
 
-    Kind start_translation(LangstrElements *target, const Attributes &attributes)
+    Kind start_translation(ov::LangstrElements *target, const Attributes &attributes)
     {
         translation_target_ = target;
         has_lang_ = attributes.find("lang", lang_);
-        text_.clear();
         return Kind::translation;
     }
 
@@ -492,7 +433,7 @@ class TemplateReader : public ov::XmlSaxReader
     void finish_template()
     {
         if (!name_.finish_required(&tmpl_->name, "name") || !author_.finish(&tmpl_->author) ||
-            !finish_version())
+            !version_.finish_nonempty_compact_latin1(&tmpl_->version))
             error_ = ov_error_get();
         else if (!children_error_.empty())
             error_ = children_error_;
@@ -500,25 +441,12 @@ class TemplateReader : public ov::XmlSaxReader
             error_ = "Missing report types.";
     }
 
-    // At most one version element, and not an empty one.
-    bool finish_version()
-    {
-        if (version_count_ > 1) {
-            ov_error_set("Duplicate XML nodes found where not allowed.");
-            return false;
-        }
-        if (version_count_ == 1)
-            tmpl_->version = ov_xml_convert_text_content_to_nonempty_compact_latin1(version_text_.c_str());
-        return version_count_ == 0 || tmpl_->version != nullptr;
-    }
-
     ov_template *tmpl_;
     bool heading_only_;
     std::vector<Kind> open_; // the elements open inside the root
-    LangstrElements name_{TRUE};
-    LangstrElements author_{TRUE};
-    int version_count_ = 0;
-    std::string version_text_;
+    ov::LangstrElements name_{TRUE};
+    ov::LangstrElements author_{TRUE};
+    ov::DistinctTextElement version_;
     bool codesets_failed_ = false;
     ReportTypeState report_type_;
     BlocksState blocks_;
@@ -526,10 +454,9 @@ class TemplateReader : public ov::XmlSaxReader
     RowState row_;
     FieldState field_;
     // The translation being read.
-    LangstrElements *translation_target_ = nullptr;
+    ov::LangstrElements *translation_target_ = nullptr;
     bool has_lang_ = false;
     std::string lang_;
-    std::string text_;
     std::string children_error_;
     std::string error_;
 };

@@ -12,32 +12,6 @@
 namespace ov
 {
 
-XmlStreamReader::Outcome XmlStreamReader::run(const char *root_name)
-{
-    while (read() && xmlTextReaderNodeType(reader_) != XML_READER_TYPE_ELEMENT) {
-    }
-    if (status_ < 0)
-        return Outcome::xml_failure;
-    if (status_ == 0)
-        return Outcome::no_root;
-    const bool is_root = xmlStrcmp(xmlTextReaderConstLocalName(reader_), BAD_CAST root_name) == 0;
-    if (is_root)
-        read_root();
-    while (status_ > 0 && !stopped())
-        read();
-    if (status_ < 0)
-        return Outcome::xml_failure;
-    return is_root ? Outcome::done : Outcome::wrong_root;
-}
-
-xmlNode *XmlStreamReader::expand()
-{
-    xmlNode *node = xmlTextReaderExpand(reader_);
-    if (node == nullptr)
-        status_ = -1;
-    return node;
-}
-
 bool XmlSaxReader::Attributes::find(const char *name, std::string &value) const
 {
     // Five entries each: local name, prefix, namespace, value, value's end.
@@ -89,7 +63,11 @@ struct XmlSaxReader::Events {
             reader->wrong_root_ = std::strcmp(reinterpret_cast<const char *>(name), reader->root_name_) != 0;
             return;
         }
-        reader->start_element(name, XmlSaxReader::Attributes(attributes, attribute_count));
+        const bool wants_text =
+            reader->start_element(name, XmlSaxReader::Attributes(attributes, attribute_count));
+        reader->wants_text_.push_back(wants_text);
+        if (wants_text)
+            reader->text_.clear();
     }
 
     static void end(void *, const xmlChar *, const xmlChar *, const xmlChar *)
@@ -97,19 +75,42 @@ struct XmlSaxReader::Events {
         XmlSaxReader *reader = active_sax_reader;
         if (reader->stopped_ || reader->wrong_root_)
             return;
-        if (--reader->depth_ == 0)
+        if (--reader->depth_ == 0) {
             reader->end_root();
-        else
-            reader->end_element();
+            return;
+        }
+        const bool wanted_text = reader->wants_text_.back();
+        reader->wants_text_.pop_back();
+        static const std::string none;
+        reader->end_element(wanted_text ? reader->text_ : none);
     }
 
     static void text(void *, const xmlChar *text, int length)
     {
         XmlSaxReader *reader = active_sax_reader;
-        if (!reader->stopped_ && !reader->wrong_root_ && reader->depth_ > 1)
-            reader->text(text, length);
+        if (!reader->stopped_ && !reader->wrong_root_ && !reader->wants_text_.empty() &&
+            reader->wants_text_.back())
+            reader->text_.append(reinterpret_cast<const char *>(text), static_cast<size_t>(length));
     }
 };
+
+void DistinctTextElement::add(const std::string &text)
+{
+    if (count_++ == 0)
+        text_ = text;
+}
+
+bool DistinctTextElement::finish_nonempty_compact_latin1(gchar **out) const
+{
+    *out = nullptr;
+    if (count_ > 1) {
+        ov_error_set("Duplicate XML nodes found where not allowed.");
+        return false;
+    }
+    if (count_ == 1)
+        *out = ov_xml_convert_text_content_to_nonempty_compact_latin1(text_.c_str());
+    return count_ == 0 || *out != nullptr;
+}
 
 XmlStreamFile::XmlStreamFile(const char *path, const char *kind)
     : path_(path), kind_(kind), file_(ov_fs_utils_open_file(path, "rb")), fence_(path)
@@ -118,24 +119,10 @@ XmlStreamFile::XmlStreamFile(const char *path, const char *kind)
 
 XmlStreamFile::~XmlStreamFile() = default;
 
-xmlTextReader *XmlStreamFile::reader()
-{
-    if (file_ && !reader_)
-        reader_.reset(xmlReaderForFd(fileno(file_.get()), nullptr, nullptr, parse_options));
-    return reader_.get();
-}
-
-gboolean XmlStreamFile::read(XmlStreamReader &walk, const char *root_name)
-{
-    if (!file_)
-        return report(XmlStreamReader::Outcome::xml_failure);
-    return report(reader() != nullptr ? walk.run(root_name) : XmlStreamReader::Outcome::xml_failure);
-}
-
 gboolean XmlStreamFile::read(XmlSaxReader &walk, const char *root_name)
 {
     if (!file_)
-        return report(XmlStreamReader::Outcome::xml_failure);
+        return report(Outcome::xml_failure);
     // The handlers of a tree build, for the document and its DTD (entity
     // declarations are kept there), with the elements and text sent to walk
     // instead; comments and processing instructions are not wanted.
@@ -154,13 +141,13 @@ gboolean XmlStreamFile::read(XmlSaxReader &walk, const char *root_name)
     char buffer[1 << 16];
     ssize_t count = ::read(fd, buffer, sizeof buffer);
     if (count < 0)
-        return report(XmlStreamReader::Outcome::xml_failure);
+        return report(Outcome::xml_failure);
     // The first bytes tell the encoding.
     const int head = static_cast<int>(std::min<ssize_t>(count, 4));
     Owned<xmlParserCtxt, free_context> context(
         xmlCreatePushParserCtxt(&handler, nullptr, buffer, head, nullptr));
     if (!context)
-        return report(XmlStreamReader::Outcome::xml_failure);
+        return report(Outcome::xml_failure);
     xmlCtxtUseOptions(context.get(), parse_options);
     walk.context_ = context.get();
     walk.root_name_ = root_name;
@@ -176,15 +163,15 @@ gboolean XmlStreamFile::read(XmlSaxReader &walk, const char *root_name)
     active_sax_reader = saved;
     walk.context_ = nullptr;
     if (walk.stopped_)
-        return report(XmlStreamReader::Outcome::done);
+        return report(Outcome::done);
     if (count < 0 || status != XML_ERR_OK || !context->wellFormed)
-        return report(XmlStreamReader::Outcome::xml_failure);
+        return report(Outcome::xml_failure);
     if (!walk.root_seen_)
-        return report(XmlStreamReader::Outcome::no_root);
-    return report(walk.wrong_root_ ? XmlStreamReader::Outcome::wrong_root : XmlStreamReader::Outcome::done);
+        return report(Outcome::no_root);
+    return report(walk.wrong_root_ ? Outcome::wrong_root : Outcome::done);
 }
 
-gboolean XmlStreamFile::report(XmlStreamReader::Outcome outcome)
+gboolean XmlStreamFile::report(Outcome outcome)
 {
     if (!file_) {
         ov_error_append_utf8_printf("Error loading %s file.", kind_);
@@ -196,18 +183,18 @@ gboolean XmlStreamFile::report(XmlStreamReader::Outcome outcome)
         return FALSE;
     }
     switch (outcome) {
-    case XmlStreamReader::Outcome::xml_failure:
+    case Outcome::xml_failure:
         messages_.report_file_failure(path_);
         ov_error_append_utf8_printf("Error loading %s file.", kind_);
         return FALSE;
-    case XmlStreamReader::Outcome::no_root:
+    case Outcome::no_root:
         ov_error_set("Missing root element in XML tree.");
         ov_error_append_utf8_printf("Invalid %s file.", kind_);
         return FALSE;
-    case XmlStreamReader::Outcome::wrong_root:
+    case Outcome::wrong_root:
         ov_error_set_utf8_printf("Not a %s file.", kind_);
         return FALSE;
-    case XmlStreamReader::Outcome::done:
+    case Outcome::done:
         break;
     }
     return TRUE;

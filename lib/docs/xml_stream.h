@@ -1,76 +1,22 @@
-// Reading a document file as a stream with libxml2's text reader, the way
-// the template and codeset readers do: no tree of the whole file is built.
+// Reading a document file as a stream with libxml2's SAX parser, the way the
+// template and codeset readers do: no tree of the file is built at all.
 #pragma once
 
 #include "core/raii.h"
 #include "core/xml.h"
 
 #include <glib.h>
-#include <libxml/xmlreader.h>
+#include <libxml/parser.h>
 
-#include <memory>
 #include <string>
+#include <vector>
 
 namespace ov
 {
 
-// The walk over the document. A reader derived from it reads the root
-// element's contents in read_root(); the rest of the document is read too,
-// since it must be well-formed whatever the root holds.
-class XmlStreamReader
-{
-  public:
-    enum class Outcome { xml_failure, no_root, wrong_root, done };
-
-    explicit XmlStreamReader(xmlTextReader *reader) : reader_(reader) {}
-    XmlStreamReader(const XmlStreamReader &) = delete;
-    XmlStreamReader &operator=(const XmlStreamReader &) = delete;
-    virtual ~XmlStreamReader() = default;
-
-    // Finds the root element and reads it when it is named root_name.
-    Outcome run(const char *root_name);
-
-  protected:
-    // Reads the root element's contents, leaving the reader after it.
-    virtual void read_root() = 0;
-    // TRUE once the reader has seen all it wants; the rest is not read.
-    virtual bool stopped() const { return false; }
-
-    bool read() { return (status_ = xmlTextReaderRead(reader_)) == 1; }
-    bool next() { return (status_ = xmlTextReaderNext(reader_)) == 1; }
-    // The current element as a tree, or null (an XML failure).
-    xmlNode *expand();
-
-    // Calls visit with the name of each child element of the current
-    // element; visit leaves the reader after that child, by next() or a
-    // nested for_each_child. Ends after the current element.
-    template <class Visit> void for_each_child(Visit visit)
-    {
-        if (xmlTextReaderIsEmptyElement(reader_)) {
-            read();
-            return;
-        }
-        const int depth = xmlTextReaderDepth(reader_);
-        read();
-        while (status_ == 1 && !stopped()) {
-            if (xmlTextReaderDepth(reader_) <= depth) {
-                read();
-                return;
-            }
-            if (xmlTextReaderNodeType(reader_) == XML_READER_TYPE_ELEMENT)
-                visit(xmlTextReaderConstLocalName(reader_));
-            else
-                read();
-        }
-    }
-
-    xmlTextReader *reader_;
-    int status_ = 1;
-};
-
-// A reader fed by libxml2's SAX parser, which builds no tree at all: it sees
-// the elements inside the root element as they start and end, and the text
-// between them (entities substituted, character data sections included).
+// A reader fed by the parser: it sees the elements inside the root element
+// as they start and end (entities substituted), with the text of those
+// that ask for it.
 class XmlSaxReader
 {
   public:
@@ -94,11 +40,12 @@ class XmlSaxReader
     XmlSaxReader &operator=(const XmlSaxReader &) = delete;
     virtual ~XmlSaxReader() = default;
 
-    // An element inside the root starts or ends.
-    virtual void start_element(const xmlChar *name, const Attributes &attributes) = 0;
-    virtual void end_element() = 0;
-    // A piece of text directly inside the innermost open element.
-    virtual void text(const xmlChar *text, int length) = 0;
+    // An element inside the root starts; TRUE asks for its text: the text
+    // directly inside it (character data sections included, elements inside
+    // it left out), joined. Elements whose text is asked for do not nest.
+    virtual bool start_element(const xmlChar *name, const Attributes &attributes) = 0;
+    // The innermost open element ends; text is its text, if asked for.
+    virtual void end_element(const std::string &text) = 0;
     // The root element ends.
     virtual void end_root() = 0;
 
@@ -115,6 +62,22 @@ class XmlSaxReader
     bool root_seen_ = false;
     bool wrong_root_ = false;
     bool stopped_ = false;
+    std::vector<bool> wants_text_; // per open element inside the root
+    std::string text_;
+};
+
+// The text of an element that may appear once at most (a version).
+class DistinctTextElement
+{
+  public:
+    void add(const std::string &text);
+    // TRUE with the text made compact, null when there was no element;
+    // FALSE with the reason set: a second element, or an empty text.
+    bool finish_nonempty_compact_latin1(gchar **out) const;
+
+  private:
+    int count_ = 0;
+    std::string text_;
 };
 
 // One document file open for a stream read: entities substituted, external
@@ -129,23 +92,19 @@ class XmlStreamFile
     XmlStreamFile &operator=(const XmlStreamFile &) = delete;
     ~XmlStreamFile();
 
-    // Null when the file could not be opened or read.
-    xmlTextReader *reader();
     // Runs walk to its end; FALSE with the reason in the error buffer when
     // the file could not be read as XML or its root is missing or wrong.
-    gboolean read(XmlStreamReader &walk, const char *root_name);
-    // The same with a SAX reader. A file is read either way, once.
     gboolean read(XmlSaxReader &walk, const char *root_name);
 
   private:
-    gboolean report(XmlStreamReader::Outcome outcome);
+    enum class Outcome { xml_failure, no_root, wrong_root, done };
+    gboolean report(Outcome outcome);
 
     const char *path_;
     const char *kind_;
     FilePtr file_;
     XmlMessageCollector messages_;
     XmlEntityFence fence_;
-    Owned<xmlTextReader, xmlFreeTextReader> reader_;
 };
 
 } // namespace ov

@@ -71,15 +71,6 @@ gboolean ov_xml_parse_langstr_translation(langstr **ls, xmlDoc *document, xmlNod
         [&](const OvLocale *locale, const char *text) { ov_langstr_set_translation(ls, locale, text); });
 }
 
-gboolean ov_xml_parse_langstr_translation_into(ov::LangstrBuilder &built, xmlDoc *document, xmlNode *element,
-                                               gboolean refuse_empty_tag, gboolean compact)
-{
-    g_return_val_if_fail(element != nullptr, FALSE);
-    return read_translation(
-        document, element, refuse_empty_tag, compact,
-        [&](const OvLocale *locale, const char *text) { built.set_translation(locale, text); });
-}
-
 gboolean ov_xml_read_langstr_translation_into(ov::LangstrBuilder &built, const char *lang, const char *text,
                                               gboolean refuse_empty_tag, gboolean compact)
 {
@@ -87,6 +78,37 @@ gboolean ov_xml_read_langstr_translation_into(ov::LangstrBuilder &built, const c
         ov::GStr(ov_xml_copy_required_attribute_value_as_ascii(lang, "lang")),
         [&] { return ov_xml_convert_text_content_to_latin1(text); }, refuse_empty_tag, compact,
         [&](const OvLocale *locale, const char *translation) { built.set_translation(locale, translation); });
+}
+
+void ov::LangstrElements::add(const char *lang, const std::string &text)
+{
+    seen_ = true;
+    if (!failed_ && !ov_xml_read_langstr_translation_into(built_, lang, text.c_str(), FALSE, compact_)) {
+        failed_ = true;
+        error_ = ov_error_get();
+    }
+}
+
+bool ov::LangstrElements::finish(langstr **out)
+{
+    *out = nullptr;
+    if (failed_) {
+        ov_error_set(error_.c_str());
+        return false;
+    }
+    *out = built_.release();
+    return true;
+}
+
+bool ov::LangstrElements::finish_required(langstr **out, const char *name)
+{
+    if (!finish(out))
+        return false;
+    if (*out == nullptr) {
+        ov_error_set_utf8_printf("Missing XML node: %s", name);
+        return false;
+    }
+    return true;
 }
 
 gboolean ov_xml_parse_langstr(langstr **out, xmlDoc *document, xmlNode *node, const char *element_name,

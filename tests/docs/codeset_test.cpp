@@ -181,6 +181,18 @@ TEST_F(Codeset, ShippedCodesetsRoundTripByteForByte)
     EXPECT_GE(files, 1);
 }
 
+TEST_F(Codeset, EntitiesDefaultsAndCharacterDataReadAsTheTreeHasThem)
+{
+    // Entities with markup, a parsed entity beside the file, a language a
+    // DTD gives by default; the text of elements inside a text is left out.
+    CodesetPtr codeset(ov_codeset_io_read_from_file(fixture("codesets/dtd.codeset").c_str()));
+    ASSERT_NE(codeset, nullptr) << ov_error_get();
+    TempDir dir;
+    ASSERT_TRUE(ov_codeset_io_write_to_file(codeset.get(), dir.file("out.codeset").c_str()))
+        << ov_error_get();
+    EXPECT_EQ(read_file(dir.file("out.codeset")), read_file(fixture("codesets/dtd_expected.codeset")));
+}
+
 TEST_F(Codeset, BadInputGivesTheExactMessageChain)
 {
     const std::string A = remark_element("A"), D = description;
@@ -192,6 +204,8 @@ TEST_F(Codeset, BadInputGivesTheExactMessageChain)
     TempDir dir;
     const std::vector<BadFile> cases = {
         {"truncated", "<codeset>", L},
+        {"NUL bytes after the root", codeset_file(name_element + A) + std::string(3, '\0'),
+         L + "Extra content"},
         {"wrong root", "<template/>", "Not a codeset file."},
         {"no name", codeset_file(A), P + "Missing XML node: name"},
         {"no remarks", codeset_file(name_element), P + "Missing remarks."},
