@@ -234,12 +234,17 @@ Lookup lookup_attribute(const xmlNode *node, const char *name, AttributeValue &v
     return Lookup::found;
 }
 
+void refuse_missing_attribute(const char *name)
+{
+    ov_error_set_utf8_printf("Missing XML attribute: %s", name);
+}
+
 // The value of a required attribute, or null with the reason.
 AttributeValue required_attribute(const xmlNode *node, const char *name)
 {
     AttributeValue value;
     if (lookup_attribute(node, name, value) == Lookup::absent)
-        ov_error_set_utf8_printf("Missing XML attribute: %s", name);
+        refuse_missing_attribute(name);
     return value;
 }
 
@@ -834,7 +839,7 @@ gchar *ov_xml_get_required_attribute_value_as_ascii(const xmlNode *node, const c
 gchar *ov_xml_copy_required_attribute_value_as_ascii(const char *value, const char *name)
 {
     if (value == nullptr) {
-        ov_error_set_utf8_printf("Missing XML attribute: %s", name);
+        refuse_missing_attribute(name);
         return nullptr;
     }
     return ascii_attribute_copy(xml_text(value));
@@ -865,7 +870,7 @@ gchar *ov_xml_get_nonempty_required_attribute_value_as_latin1(const xmlNode *nod
 gchar *ov_xml_copy_nonempty_required_attribute_value_as_latin1(const char *value, const char *name)
 {
     if (value == nullptr) {
-        ov_error_set_utf8_printf("Missing XML attribute: %s", name);
+        refuse_missing_attribute(name);
         return nullptr;
     }
     if (refuse_empty_attribute(xml_text(value), name))

@@ -89,7 +89,6 @@ class CodesetReader : public ov::XmlSaxReader
     bool start_element(const xmlChar *element, const Attributes &attributes) override
     {
         const auto *name = reinterpret_cast<const char *>(element);
-        const Kind parent = open_.empty() ? Kind::ignored : open_.back();
         Kind kind = Kind::ignored;
         if (open_.empty()) { // a child of the root
             if (std::strcmp(name, "remark") == 0) {
@@ -105,14 +104,14 @@ class CodesetReader : public ov::XmlSaxReader
             } else if (std::strcmp(name, "version") == 0) {
                 kind = Kind::version;
             }
-        } else if (parent == Kind::remark) {
+        } else if (open_.back() == Kind::remark) {
             if (std::strcmp(name, "code") == 0)
                 kind = Kind::code;
             else if (std::strcmp(name, "description") == 0)
                 kind = Kind::description;
         }
         if (kind == Kind::name || kind == Kind::author || kind == Kind::description)
-            has_lang_ = attributes.find("lang", lang_);
+            lang_ = attributes.find("lang", lang_text_);
         open_.push_back(kind);
         return kind != Kind::ignored && kind != Kind::remark;
     }
@@ -121,13 +120,12 @@ class CodesetReader : public ov::XmlSaxReader
     {
         const Kind kind = open_.back();
         open_.pop_back();
-        const char *lang = has_lang_ ? lang_.c_str() : nullptr;
         switch (kind) {
         case Kind::name:
-            name_.add(lang, text);
+            name_.add(lang_, text);
             break;
         case Kind::author:
-            author_.add(lang, text);
+            author_.add(lang_, text);
             break;
         case Kind::version:
             version_.add(text);
@@ -136,7 +134,7 @@ class CodesetReader : public ov::XmlSaxReader
             remark_->add_code(text.c_str());
             break;
         case Kind::description:
-            remark_->add_description(lang, text.c_str());
+            remark_->add_description(lang_, text.c_str());
             break;
         case Kind::remark:
             if (OvRemark *remark = remark_->finish(); remark != nullptr)
@@ -157,8 +155,8 @@ class CodesetReader : public ov::XmlSaxReader
     ov::LangstrElements author_{TRUE};
     ov::DistinctTextElement version_;
     std::optional<ov::RemarkElements> remark_;
-    bool has_lang_ = false;
-    std::string lang_;
+    const char *lang_ = nullptr; // the "lang" attribute, held in lang_text_
+    std::string lang_text_;
     std::vector<OvRemark *> remarks_;
     std::string remarks_error_;
 };

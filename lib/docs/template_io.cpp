@@ -202,7 +202,7 @@ class TemplateReader : public ov::XmlSaxReader
         open_.pop_back();
         switch (kind) {
         case Kind::translation:
-            translation_target_->add(has_lang_ ? lang_.c_str() : nullptr, text);
+            translation_target_->add(lang_, text);
             break;
         case Kind::version:
             version_.add(text);
@@ -267,7 +267,7 @@ class TemplateReader : public ov::XmlSaxReader
     Kind start_translation(ov::LangstrElements *target, const Attributes &attributes)
     {
         translation_target_ = target;
-        has_lang_ = attributes.find("lang", lang_);
+        lang_ = attributes.find("lang", lang_text_);
         return Kind::translation;
     }
 
@@ -278,9 +278,8 @@ class TemplateReader : public ov::XmlSaxReader
         if (codesets_failed_)
             return;
         std::string value;
-        const bool found = attributes.find("filename", value);
         gchar *file_name = ov_xml_copy_nonempty_required_attribute_value_as_latin1(
-            found ? value.c_str() : nullptr, "filename");
+            attributes.find("filename", value), "filename");
         if (file_name == nullptr) {
             codesets_failed_ = true;
             keep_first(children_error_, ov_error_get());
@@ -406,9 +405,8 @@ class TemplateReader : public ov::XmlSaxReader
             return Kind::text_field;
         if (blocks_.mode == Mode::details) {
             std::string value;
-            const bool found = attributes.find("selected", value);
             if (!ov_xml_parse_attribute_value_as_boolean_with_fallback(
-                    &field_.field->selected, found ? value.c_str() : nullptr, "selected", FALSE))
+                    &field_.field->selected, attributes.find("selected", value), "selected", FALSE))
                 field_.error = ov_error_get();
         }
         return Kind::checkbox;
@@ -455,8 +453,8 @@ class TemplateReader : public ov::XmlSaxReader
     FieldState field_;
     // The translation being read.
     ov::LangstrElements *translation_target_ = nullptr;
-    bool has_lang_ = false;
-    std::string lang_;
+    const char *lang_ = nullptr; // its "lang" attribute, held in lang_text_
+    std::string lang_text_;
     std::string children_error_;
     std::string error_;
 };

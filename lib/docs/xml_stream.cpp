@@ -12,7 +12,7 @@
 namespace ov
 {
 
-bool XmlSaxReader::Attributes::find(const char *name, std::string &value) const
+const char *XmlSaxReader::Attributes::find(const char *name, std::string &value) const
 {
     // Five entries each: local name, prefix, namespace, value, value's end.
     for (int i = 0; i < count_; i++) {
@@ -20,10 +20,10 @@ bool XmlSaxReader::Attributes::find(const char *name, std::string &value) const
         if (std::strcmp(reinterpret_cast<const char *>(attribute[0]), name) == 0) {
             value.assign(reinterpret_cast<const char *>(attribute[3]),
                          static_cast<size_t>(attribute[4] - attribute[3]));
-            return true;
+            return value.c_str();
         }
     }
-    return false;
+    return nullptr;
 }
 
 void XmlSaxReader::stop()

@@ -26,9 +26,9 @@ class XmlSaxReader
     {
       public:
         Attributes(const xmlChar **attributes, int count) : attributes_(attributes), count_(count) {}
-        // FALSE when the element has no attribute of that local name;
-        // otherwise value holds the first one's text.
-        bool find(const char *name, std::string &value) const;
+        // The first attribute of that local name's text, kept in value;
+        // null when the element has none.
+        const char *find(const char *name, std::string &value) const;
 
       private:
         const xmlChar **attributes_;
